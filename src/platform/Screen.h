@@ -1,0 +1,67 @@
+// The named operation "screen stream": which displays there are, and their changing pictures.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "core/base/Result.h"
+#include "core/base/Time.h"
+#include "platform/Picture.h"
+
+namespace morvelin {
+
+/// Why the screen can't be captured; `detail` is a whole sentence that tells a user what to do.
+struct ScreenError {
+    enum class Kind { NoDisplayServer, DisplayNotFound, MissingExtension, ConnectionLost };
+
+    Kind kind = Kind::NoDisplayServer;
+    std::string detail;
+
+    [[nodiscard]] std::string description() const { return detail; }
+};
+
+/// One display of the desktop, in pixels of the whole desktop's coordinates (origin top-left).
+struct Display {
+    std::string id; ///< stable while the display is there, e.g. "eDP-1"
+    PixelBox frame;
+    double pointPixelScale = 1;
+    bool isPrimary = false;
+};
+
+/// A moment of the screen: the whole picture as it now is, and the boxes that changed since the moment before.
+struct ScreenFrame {
+    HostTime time;                     ///< when the pixels were fetched
+    ScreenPixels pixels;               ///< valid during the call
+    std::span<const PixelBox> changed; ///< relative to `pixels`; the first frame changes everything
+};
+
+/// A running stream of one display's picture, without the pointer. Frames come only when something changed.
+class ScreenStream {
+public:
+    virtual ~ScreenStream() = default;
+
+    [[nodiscard]] virtual PixelSize size() const = 0;
+    /// Waits until the screen has changed, at most `timeout`, and hands over the new frame. Gives false on a time-out.
+    /// On the capturing thread only; never more often than the rate it was opened with.
+    virtual Result<bool, ScreenError> next(Seconds timeout, const std::function<void(const ScreenFrame&)>& take) = 0;
+};
+
+/// What a stream shows.
+struct ScreenStreamOptions {
+    PixelBox area; ///< in desktop pixels
+    Seconds minimumFrameInterval{1.0 / 60};
+};
+
+/// The desktop's displays and streams of them.
+class ScreenSource {
+public:
+    virtual ~ScreenSource() = default;
+    virtual Result<std::vector<Display>, ScreenError> displays() = 0;
+    virtual Result<std::unique_ptr<ScreenStream>, ScreenError> open(const ScreenStreamOptions& options) = 0;
+};
+
+} // namespace morvelin
