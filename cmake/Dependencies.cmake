@@ -11,4 +11,4 @@ pkg_check_modules(x264 REQUIRED IMPORTED_TARGET x264)
 pkg_check_modules(png REQUIRED IMPORTED_TARGET libpng)
 pkg_check_modules(cairo REQUIRED IMPORTED_TARGET cairo)
 pkg_check_modules(xcb REQUIRED IMPORTED_TARGET
-    xcb xcb-shm xcb-damage xcb-xfixes xcb-randr xcb-xinput xcb-xtest)
+    xcb xcb-shm xcb-damage xcb-xfixes xcb-randr xcb-xinput xcb-xtest xcursor)

@@ -18,11 +18,14 @@ struct DesktopPoint {
     double y = 0;
 };
 
-/// The image that the pointer shows.
+/// The image that the pointer shows. The image may hold more pixels than the pointer covers on the desktop: a
+/// magnified video then draws it crisply.
 struct PointerShape {
     std::uint64_t identity = 0; ///< equal while the system shows the same pointer object
     Image image;
-    double hotSpotX = 0; ///< pixels from the image's left
+    double width = 0; ///< what the pointer covers, in desktop pixels
+    double height = 0;
+    double hotSpotX = 0; ///< desktop pixels from its left
     double hotSpotY = 0;
 };
 

@@ -16,7 +16,7 @@ namespace morvelin {
 
 /// Why the screen can't be captured; `detail` is a whole sentence that tells a user what to do.
 struct ScreenError {
-    enum class Kind { NoDisplayServer, DisplayNotFound, MissingExtension, ConnectionLost };
+    enum class Kind { NoDisplayServer, DisplayNotFound, MissingExtension, UnsupportedPixels, ConnectionLost };
 
     Kind kind = Kind::NoDisplayServer;
     std::string detail;
@@ -45,14 +45,18 @@ public:
     virtual ~ScreenStream() = default;
 
     [[nodiscard]] virtual PixelSize size() const = 0;
-    /// Waits until the screen has changed, at most `timeout`, and hands over the new frame. Gives false on a time-out.
-    /// On the capturing thread only; never more often than the rate it was opened with.
+    /// Waits until the screen has changed, at most `timeout`, and hands over the new frame; the first call has a frame at
+    /// once. Gives false on a time-out or an interruption. On the capturing thread only; never more often than the rate
+    /// it was opened with.
     virtual Result<bool, ScreenError> next(Seconds timeout, const std::function<void(const ScreenFrame&)>& take) = 0;
+    /// From any thread: ends the `next` that waits, or else the next one that would.
+    virtual void interrupt() = 0;
 };
 
 /// What a stream shows.
 struct ScreenStreamOptions {
-    PixelBox area; ///< in desktop pixels
+    PixelBox area;         ///< in desktop pixels
+    std::string displayID; ///< the stream ends with `DisplayNotFound` when this display goes; empty: it watches none
     Seconds minimumFrameInterval{1.0 / 60};
 };
 
