@@ -94,10 +94,11 @@ Result<std::string, FileError> readFile(const fs::path& path) {
 
     struct stat status {};
     std::string content;
-    if (::fstat(fd.get(), &status) == 0 && status.st_size > 0)
-        content.reserve(static_cast<std::size_t>(status.st_size) + 1);
-    // The size is only a hint: files of the proc file system and growing files have another one.
     constexpr std::size_t kBlock = 64 * 1024;
+    // The size is only a hint: files of the proc file system and growing files have another one. The extra block is for
+    // the read that finds the end, which would otherwise move all that has been read.
+    if (::fstat(fd.get(), &status) == 0 && status.st_size > 0)
+        content.reserve(static_cast<std::size_t>(status.st_size) + kBlock);
     for (;;) {
         const std::size_t used = content.size();
         content.resize(std::max(used + kBlock, content.capacity()));
@@ -125,8 +126,9 @@ Result<void, FileError> writeFileAtomically(const fs::path& path, std::string_vi
 
 Result<void, FileError> createFolder(const fs::path& path) {
     std::error_code error;
-    fs::create_directories(path, error);
+    const bool isNew = fs::create_directories(path, error);
     if (error) return failure(FileError{FileError::Operation::CreateFolder, path, error.value()});
+    if (isNew) syncFolder(folderOf(path));
     return {};
 }
 

@@ -4,6 +4,28 @@
 
 namespace morvelin {
 
+namespace {
+
+/// Copying, comparing and writing a value takes stack for each level, so a hostile file could end the program.
+constexpr int kMaxDepth = 512;
+
+bool isTooDeep(std::string_view text) {
+    int depth = 0;
+    bool isInString = false;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const char c = text[at];
+        if (c == '"') isInString = !isInString;
+        if (isInString && c == '\\') ++at;
+        if (isInString) continue;
+        if (c == '[' || c == '{') ++depth;
+        if (c == ']' || c == '}') --depth;
+        if (depth > kMaxDepth) return true;
+    }
+    return false;
+}
+
+} // namespace
+
 std::string JSONError::description() const {
     const std::string place = path.empty() ? std::string("the top level") : fmt::format("“{}”", path);
     switch (kind) {
@@ -16,6 +38,7 @@ std::string JSONError::description() const {
 }
 
 Result<JSONValue, JSONError> parseJSON(std::string_view text) {
+    if (isTooDeep(text)) return failure(JSONError{JSONError::Kind::Syntax, "", "it is nested too deep"});
     try {
         return JSONValue::parse(text);
     } catch (const JSONValue::exception& error) {
@@ -57,6 +80,10 @@ JSONError inside(std::string outer, JSONError error) {
     if (!error.path.empty() && error.path.front() != '[') outer += '.';
     error.path = outer + error.path;
     return error;
+}
+
+JSONError insideElement(std::size_t index, JSONError error) {
+    return inside(fmt::format("[{}]", index), std::move(error));
 }
 
 } // namespace json

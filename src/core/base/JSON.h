@@ -157,6 +157,7 @@ JSONError wrongType(const char* expected, const JSONValue& found);
 std::optional<std::int64_t> wholeNumber(const JSONValue& value);
 /// Puts the path of an enclosing value before an error's own.
 JSONError inside(std::string outer, JSONError error);
+JSONError insideElement(std::size_t index, JSONError error);
 
 template <Enumeration E>
 std::string_view rawValue(E value) {
@@ -179,7 +180,7 @@ Result<std::vector<T>, JSONError> listFromJSON(const JSONValue& value) {
     list.reserve(value.size());
     for (std::size_t i = 0; i < value.size(); ++i) {
         auto element = fromJSON<T>(value[i]);
-        if (!element) return failure(inside("[" + std::to_string(i) + "]", std::move(element).error()));
+        if (!element) return failure(insideElement(i, std::move(element).error()));
         list.push_back(std::move(*element));
     }
     return list;

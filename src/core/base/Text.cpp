@@ -21,7 +21,8 @@ std::string trimmed(std::string_view text) {
     while (begin < end && isSpaceAt(begin)) begin = g_utf8_next_char(begin);
     while (begin < end) {
         const char* last = g_utf8_find_prev_char(begin, end);
-        if (last == nullptr || !isSpaceAt(last)) break;
+        // Stray bytes behind a space belong to no character; they stay.
+        if (last == nullptr || g_utf8_next_char(last) != end || !isSpaceAt(last)) break;
         end = last;
     }
     return std::string(begin, end < begin ? begin : end);

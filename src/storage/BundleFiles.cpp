@@ -1,0 +1,31 @@
+#include "storage/BundleFiles.h"
+
+namespace morvelin::ProjectBundle {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool isFinite(const JSONValue& value) {
+    if (value.is_number_float()) return std::isfinite(value.get<double>());
+    if (value.is_structured()) return std::ranges::all_of(value, isFinite);
+    return true;
+}
+
+} // namespace
+
+fs::path versionFile(const fs::path& bundleURL, const UUID& id) {
+    return bundleURL / kVersionsFolder / (id.text() + ".json");
+}
+
+bool isPresent(const fs::path& path) {
+    std::error_code error;
+    return fs::status(path, error).type() != fs::file_type::not_found;
+}
+
+Result<std::string, BundleError> encode(const JSONValue& value, const fs::path& file) {
+    if (!isFinite(value)) return failure(BundleError(BundleError::NotFinite{file}));
+    return writeJSON(value, JSONStyle::Compact);
+}
+
+} // namespace morvelin::ProjectBundle
