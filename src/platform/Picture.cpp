@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace morvelin {
 
@@ -15,22 +16,29 @@ constexpr std::ptrdiff_t aligned(std::ptrdiff_t size) { return (size + kAlignmen
 
 Picture::Picture(PixelSize size, Subsampling subsampling) : m_size(size), m_subsampling(subsampling) {
     const int divisor = subsampling == Subsampling::Quarter ? 2 : 1;
+    std::array<std::ptrdiff_t, 3> offsets{};
     std::ptrdiff_t total = 0;
-    for (std::size_t index = 0; index < m_layout.size(); ++index) {
-        Layout& layout = m_layout[index];
-        layout.width = index == 0 ? size.width : (size.width + divisor - 1) / divisor;
-        layout.height = index == 0 ? size.height : (size.height + divisor - 1) / divisor;
+    for (std::size_t index = 0; index < m_planes.size(); ++index) {
+        PlaneView<std::uint8_t>& plane = m_planes[index];
+        plane.width = index == 0 ? size.width : (size.width + divisor - 1) / divisor;
+        plane.height = index == 0 ? size.height : (size.height + divisor - 1) / divisor;
         // One spare block behind each row lets kernels load whole vectors at its end.
-        layout.stride = aligned(layout.width + kAlignment / 2);
-        layout.offset = total;
-        total += layout.stride * layout.height;
+        plane.stride = aligned(plane.width + kAlignment / 2);
+        offsets[index] = total;
+        total += plane.stride * plane.height;
     }
     auto* samples = static_cast<std::uint8_t*>(
         std::aligned_alloc(static_cast<std::size_t>(kAlignment), static_cast<std::size_t>(total + kAlignment)));
     if (samples == nullptr) throw std::bad_alloc();
-    m_samples.reset(samples);
+    m_owner.reset(samples, &std::free);
+    for (std::size_t index = 0; index < m_planes.size(); ++index) m_planes[index].data = samples + offsets[index];
 }
 
-void Picture::FreeAligned::operator()(std::uint8_t* samples) const { std::free(samples); }
+Picture::Picture(PixelSize size, Subsampling subsampling, const std::array<PlaneView<std::uint8_t>, 3>& planes,
+                 std::shared_ptr<void> owner)
+    : m_size(size),
+      m_subsampling(subsampling),
+      m_planes(planes),
+      m_owner(std::move(owner)) {}
 
 } // namespace morvelin

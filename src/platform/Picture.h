@@ -64,39 +64,39 @@ enum class Subsampling {
 
 /// A picture in the codec's planes: Y'CbCr, BT.709 matrix, 8 bit, limited range (16..235, 16..240).
 /// In 4:2:0 the width and height are even, and a chroma sample sits level with the left one of its two columns and
-/// halfway between its two rows, as H.264 has it by default. Rows start 64-byte aligned.
+/// halfway between its two rows, as H.264 has it by default. The rows of a picture with samples of its own start 64-byte
+/// aligned.
 class Picture {
 public:
+    /// A picture with samples of its own, not yet set.
     Picture(PixelSize size, Subsampling subsampling);
+    /// A picture over samples that `owner` keeps alive, such as a decoded frame: nothing is copied. Planes must have the
+    /// sizes that `size` and `subsampling` give them. Samples that others still read (a decoder does) must not be
+    /// written: hand such a picture on as const.
+    Picture(PixelSize size, Subsampling subsampling, const std::array<PlaneView<std::uint8_t>, 3>& planes,
+            std::shared_ptr<void> owner);
+
+    Picture(Picture&&) noexcept = default;
+    Picture& operator=(Picture&&) noexcept = default;
+    Picture(const Picture&) = delete;
+    Picture& operator=(const Picture&) = delete;
+    ~Picture() = default;
 
     [[nodiscard]] PixelSize size() const { return m_size; }
     [[nodiscard]] Subsampling subsampling() const { return m_subsampling; }
 
     /// Plane 0 is luma, 1 is Cb, 2 is Cr.
-    [[nodiscard]] PlaneView<std::uint8_t> plane(int index) {
-        const Layout& layout = m_layout[static_cast<std::size_t>(index)];
-        return {m_samples.get() + layout.offset, layout.stride, layout.width, layout.height};
-    }
+    [[nodiscard]] PlaneView<std::uint8_t> plane(int index) { return m_planes[static_cast<std::size_t>(index)]; }
     [[nodiscard]] PlaneView<const std::uint8_t> plane(int index) const {
-        const Layout& layout = m_layout[static_cast<std::size_t>(index)];
-        return {m_samples.get() + layout.offset, layout.stride, layout.width, layout.height};
+        const PlaneView<std::uint8_t>& plane = m_planes[static_cast<std::size_t>(index)];
+        return {plane.data, plane.stride, plane.width, plane.height};
     }
 
 private:
-    struct Layout {
-        std::ptrdiff_t offset = 0;
-        std::ptrdiff_t stride = 0;
-        int width = 0;
-        int height = 0;
-    };
-    struct FreeAligned {
-        void operator()(std::uint8_t* samples) const;
-    };
-
     PixelSize m_size;
     Subsampling m_subsampling;
-    std::array<Layout, 3> m_layout;
-    std::unique_ptr<std::uint8_t, FreeAligned> m_samples;
+    std::array<PlaneView<std::uint8_t>, 3> m_planes;
+    std::shared_ptr<void> m_owner; ///< of the samples; shared only with what decoded them
 };
 
 /// An image of 32-bit pixels, premultiplied alpha, B G R A in memory, rows packed: pointer shapes and sprites.

@@ -1,0 +1,33 @@
+// The operation "write a movie" by libx264 or a hardware encoder, and FFmpeg's containers. Made once by the program's
+// composition; each movie writer is owned by its take or export.
+#pragma once
+
+#include <memory>
+
+#include "core/base/Result.h"
+#include "platform/MovieWriter.h"
+
+namespace morvelin {
+
+/// How the machine is used to write movies.
+struct FFmpegMovieWriterOptions {
+    enum class Hardware {
+        Never,
+        ForTakes ///< real time only: an export shall give the same bytes everywhere
+    };
+
+    Hardware hardware = Hardware::ForTakes;
+    int threads = 0; ///< of each encoder; 0: as many as suit the machine
+};
+
+class FFmpegMovieWriterFactory final : public MovieWriterFactory {
+public:
+    explicit FFmpegMovieWriterFactory(FFmpegMovieWriterOptions options = {}) : m_options(options) {}
+
+    Result<std::unique_ptr<MovieWriter>, MovieWriterError> create(const MovieSettings& settings) override;
+
+private:
+    FFmpegMovieWriterOptions m_options;
+};
+
+} // namespace morvelin

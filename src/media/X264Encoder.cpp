@@ -1,0 +1,222 @@
+#include "media/X264Encoder.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <thread>
+#include <utility>
+
+#include <fmt/core.h>
+#include <x264.h>
+
+#include "core/base/Text.h"
+#include "media/UnchangedBlocks.h"
+
+namespace morvelin {
+
+namespace {
+
+/// Below this quantiser a screen gains nothing that an eye could see. Without a floor, rate control goes on refining a
+/// picture that stands still, and each refinement makes the map of unchanged blocks void.
+constexpr int kQuantizerFloor = 16;
+
+/// One thread keeps up with about this many pixels a second in real time, with room to spare.
+constexpr double kPixelsPerThread = 1920.0 * 1080 * 60 * 1.25;
+
+int threadCount(const VideoEncoderSettings& settings) {
+    if (settings.threads > 0) return settings.threads;
+    const int cores = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+    if (settings.pace == MovieSettings::Pace::Offline) return cores;
+    const double pixels = static_cast<double>(settings.size.width) * settings.size.height * settings.frameRate;
+    return std::clamp(static_cast<int>(std::ceil(pixels / kPixelsPerThread)), 1, cores);
+}
+
+/// A take: the cheapest analysis there is. At the bit rates of a take the quantiser stays at its floor, so a better
+/// preset would make a smaller file of the same quality, for twice the work.
+void setRealTime(x264_param_t& parameters) {
+    x264_param_default_preset(&parameters, "ultrafast", "zerolatency");
+    parameters.b_vfr_input = 1;
+    // A frame that is forced to be a key frame must become one however few frames came since the last.
+    parameters.i_keyint_min = 1;
+}
+
+/// An export. B-frames and look-ahead would part a frame from the one just before it, which the map speaks of.
+void setOffline(x264_param_t& parameters) {
+    x264_param_default_preset(&parameters, "superfast", nullptr);
+    parameters.b_vfr_input = 0;
+    parameters.b_stitchable = 1;
+    parameters.i_bframe = 0;
+    parameters.i_scenecut_threshold = 0;
+    parameters.i_sync_lookahead = 0;
+    parameters.rc.i_lookahead = 0;
+    parameters.rc.b_mb_tree = 0;
+}
+
+void setColour(x264_param_t& parameters, MovieSettings::Transfer transfer) {
+    constexpr int kBT709 = 1;
+    constexpr int kSRGB = 13;
+    parameters.vui.b_fullrange = 0;
+    parameters.vui.i_colorprim = kBT709;
+    parameters.vui.i_colmatrix = kBT709;
+    parameters.vui.i_transfer = transfer == MovieSettings::Transfer::SRGB ? kSRGB : kBT709;
+}
+
+void setRate(x264_param_t& parameters, const VideoEncoderSettings& settings) {
+    const Rational rate = exactFrameRate(settings.frameRate);
+    const Rational tick = settings.timeBase();
+    parameters.i_fps_num = static_cast<std::uint32_t>(rate.numerator);
+    parameters.i_fps_den = static_cast<std::uint32_t>(rate.denominator);
+    parameters.i_timebase_num = static_cast<std::uint32_t>(tick.numerator);
+    parameters.i_timebase_den = static_cast<std::uint32_t>(tick.denominator);
+    parameters.i_keyint_max = std::max(1,
+                                       static_cast<int>(std::lround(settings.keyFrameInterval.value * rate.value())));
+    parameters.rc.i_rc_method = X264_RC_ABR;
+    parameters.rc.i_bitrate = static_cast<int>(std::max<std::int64_t>(1, settings.bitRate / 1000));
+    parameters.rc.i_qp_min = kQuantizerFloor;
+}
+
+x264_param_t parametersOf(const VideoEncoderSettings& settings) {
+    x264_param_t parameters;
+    switch (settings.pace) {
+    case MovieSettings::Pace::RealTime: setRealTime(parameters); break;
+    case MovieSettings::Pace::Offline: setOffline(parameters); break;
+    }
+    parameters.i_threads = threadCount(settings);
+    parameters.i_width = settings.size.width;
+    parameters.i_height = settings.size.height;
+    parameters.i_csp = X264_CSP_I420;
+    parameters.b_annexb = 1;
+    parameters.b_repeat_headers = 0;
+    parameters.analyse.b_mb_info = 1;
+    parameters.analyse.i_weighted_pred = X264_WEIGHTP_NONE; // a weighted frame would not use the map
+    setColour(parameters, settings.transfer);
+    setRate(parameters, settings);
+    x264_param_apply_profile(&parameters, "high");
+    return parameters;
+}
+
+void keepComplaint(void* last, int level, const char* format, std::va_list arguments) {
+    if (level > X264_LOG_ERROR) return;
+    std::array<char, 300> text{};
+    (void)std::vsnprintf(text.data(), text.size(), format, arguments);
+    *static_cast<std::string*>(last) = trimmed(text.data());
+}
+
+x264_picture_t viewOf(const Picture& picture, std::int64_t time) {
+    x264_picture_t view;
+    x264_picture_init(&view);
+    view.img.i_csp = X264_CSP_I420;
+    view.img.i_plane = 3;
+    for (int index = 0; index < 3; ++index) {
+        const PlaneView<const std::uint8_t> plane = picture.plane(index);
+        view.img.plane[index] = const_cast<std::uint8_t*>(plane.data); // the API reads it only
+        view.img.i_stride[index] = static_cast<int>(plane.stride);
+    }
+    view.i_pts = time;
+    return view;
+}
+
+/// The encoder keeps the map as long as it works on the frame and then frees it itself.
+void attachMap(x264_picture_t& view, PixelSize size, std::span<const PixelBox> changed) {
+    const PixelSize blocks = sizeInBlocks(size);
+    const auto count = static_cast<std::size_t>(blocks.width) * static_cast<std::size_t>(blocks.height);
+    auto* map = static_cast<std::uint8_t*>(std::malloc(count));
+    if (map == nullptr) return; // the map only saves work
+    markUnchangedBlocks({map, count}, size, changed, X264_MBINFO_CONSTANT);
+    view.prop.mb_info = map;
+    view.prop.mb_info_free = &std::free;
+}
+
+/// The payloads of one frame's units lie one after the other.
+EncodedPacket packetOf(const x264_nal_t* units, int size, const x264_picture_t& coded) {
+    return {.bytes = {units[0].p_payload, static_cast<std::size_t>(size)},
+            .presentationTime = coded.i_pts,
+            .decodingTime = coded.i_dts,
+            .isKeyFrame = coded.b_keyframe != 0};
+}
+
+} // namespace
+
+void X264Encoder::Close::operator()(x264_t* encoder) const { x264_encoder_close(encoder); }
+
+X264Encoder::X264Encoder(const VideoEncoderSettings& settings)
+    : m_settings(settings),
+      m_lastComplaint(std::make_unique<std::string>()),
+      m_keyFrameTicks(std::llround(settings.keyFrameInterval.value / settings.timeBase().value())) {}
+
+Result<std::unique_ptr<X264Encoder>, MovieWriterError> X264Encoder::create(const VideoEncoderSettings& settings) {
+    std::unique_ptr<X264Encoder> encoder(new X264Encoder(settings));
+    if (auto opened = encoder->open(); !opened) return passOn(std::move(opened));
+    return encoder;
+}
+
+Result<void, MovieWriterError> X264Encoder::open() {
+    x264_param_t parameters = parametersOf(m_settings);
+    parameters.pf_log = &keepComplaint;
+    parameters.p_log_private = m_lastComplaint.get();
+    m_encoder.reset(x264_encoder_open(&parameters));
+    if (m_encoder == nullptr)
+        return failure(complaint(MovieWriterError::Kind::NoEncoder, "The H.264 encoder could not be started"));
+    return takeParameterSets();
+}
+
+Result<void, MovieWriterError> X264Encoder::takeParameterSets() {
+    x264_nal_t* units = nullptr;
+    int count = 0;
+    if (x264_encoder_headers(m_encoder.get(), &units, &count) < 0)
+        return failure(complaint(MovieWriterError::Kind::NoEncoder, "The H.264 encoder could not be started"));
+    for (const x264_nal_t& unit : std::span(units, static_cast<std::size_t>(count)))
+        if (unit.i_type == NAL_SPS || unit.i_type == NAL_PPS)
+            m_parameterSets.insert(m_parameterSets.end(), unit.p_payload, unit.p_payload + unit.i_payload);
+    return {};
+}
+
+/// Counting frames alone would let a key frame wait for minutes on a screen that seldom changes.
+bool X264Encoder::keyFrameIsDue(std::int64_t time) const {
+    return m_settings.pace == MovieSettings::Pace::RealTime && time - m_lastKeyFrame >= m_keyFrameTicks;
+}
+
+Result<void, MovieWriterError> X264Encoder::encode(const Picture& picture, std::int64_t time,
+                                                   std::span<const PixelBox> changed, const PacketSink& sink) {
+    x264_picture_t view = viewOf(picture, time);
+    if (m_isFirst || keyFrameIsDue(time)) {
+        view.i_type = X264_TYPE_IDR;
+        m_lastKeyFrame = time;
+    } else {
+        attachMap(view, m_settings.size, changed);
+    }
+    m_isFirst = false;
+
+    x264_nal_t* units = nullptr;
+    int count = 0;
+    x264_picture_t coded;
+    const int size = x264_encoder_encode(m_encoder.get(), &units, &count, &view, &coded);
+    if (size < 0) return failure(complaint(MovieWriterError::Kind::EncodingFailed, "A frame could not be encoded"));
+    if (size == 0) return {};
+    // The encoder makes key frames of its own as well: when so many frames have passed.
+    if (coded.b_keyframe != 0) m_lastKeyFrame = std::max(m_lastKeyFrame, coded.i_pts);
+    return sink(packetOf(units, size, coded));
+}
+
+Result<void, MovieWriterError> X264Encoder::drain(const PacketSink& sink) {
+    while (x264_encoder_delayed_frames(m_encoder.get()) > 0) {
+        x264_nal_t* units = nullptr;
+        int count = 0;
+        x264_picture_t coded;
+        const int size = x264_encoder_encode(m_encoder.get(), &units, &count, nullptr, &coded);
+        if (size < 0) return failure(complaint(MovieWriterError::Kind::EncodingFailed, "A frame could not be encoded"));
+        if (size == 0) continue;
+        if (auto taken = sink(packetOf(units, size, coded)); !taken) return taken;
+    }
+    return {};
+}
+
+MovieWriterError X264Encoder::complaint(MovieWriterError::Kind kind, const char* sentence) const {
+    if (m_lastComplaint->empty()) return {kind, fmt::format("{}.", sentence), 0};
+    return {kind, fmt::format("{}: {}.", sentence, *m_lastComplaint), 0};
+}
+
+} // namespace morvelin
