@@ -64,7 +64,9 @@ struct ScreenStreamOptions {
 class ScreenSource {
 public:
     virtual ~ScreenSource() = default;
+    /// On the main thread.
     virtual Result<std::vector<Display>, ScreenError> displays() = 0;
+    /// From any thread.
     virtual Result<std::unique_ptr<ScreenStream>, ScreenError> open(const ScreenStreamOptions& options) = 0;
 };
 

@@ -1,0 +1,181 @@
+#include "capture/CaptureSession.h"
+
+#include <cerrno>
+
+#include <fmt/format.h>
+#include <pthread.h>
+
+namespace morvelin {
+
+namespace {
+
+/// Names of threads end after 15 characters: what is left of "com.morvelin.capture".
+constexpr const char* kThreadName = "com.morvelin.ca";
+constexpr Seconds kFirstFramePatience{5};
+/// How long the last frame shows when the take ends at once after it.
+constexpr Seconds kShortestLastFrame{1.0 / 60};
+
+CaptureError interruption(const ScreenError& error) { return {CaptureError::Kind::Interrupted, error.description()}; }
+
+CaptureError interruption(const MovieWriterError& error) {
+    if (error.code == ENOSPC || error.code == EDQUOT)
+        return {CaptureError::Kind::Interrupted, "There is no space left on the disk for the recording."};
+    return {CaptureError::Kind::Interrupted, "The movie could not be written: " + error.description()};
+}
+
+MovieSettings movieSettings(const std::filesystem::path& movie, PixelSize size) {
+    return {.path = movie,
+            .container = MovieSettings::Container::FragmentedQuickTime,
+            .pace = MovieSettings::Pace::RealTime,
+            .transfer = MovieSettings::Transfer::SRGB,
+            .size = size,
+            .frameRate = 60,
+            .bitRate = captureBitRate(size),
+            .keyFrameInterval = Seconds(1)};
+}
+
+} // namespace
+
+Result<std::unique_ptr<CaptureSession>, CaptureError> CaptureSession::start(const Services& services,
+                                                                            const CaptureGeometry& geometry,
+                                                                            std::filesystem::path movie,
+                                                                            Interrupted interrupted) {
+    std::unique_ptr<CaptureSession> session(new CaptureSession(services, std::move(movie), std::move(interrupted)));
+    if (auto opened = session->open(geometry); !opened) return passOn(std::move(opened));
+    auto firstFrame = session->m_firstFrame.get_future();
+    session->m_thread = std::thread([raw = session.get()] { raw->run(); });
+    if (auto error = firstFrame.get()) {
+        session->m_thread.join();
+        return failure(std::move(*error));
+    }
+    return session;
+}
+
+CaptureSession::CaptureSession(Services services, std::filesystem::path movie, Interrupted interrupted)
+    : m_services(std::move(services)),
+      m_movie(std::move(movie)),
+      m_interrupted(std::move(interrupted)) {}
+
+CaptureSession::~CaptureSession() {
+    if (!m_thread.joinable()) return;
+    stop(m_services.clock.uptime());
+    m_thread.join();
+}
+
+Result<void, CaptureError> CaptureSession::open(const CaptureGeometry& geometry) {
+    auto stream = m_services.screen.open({geometry.area, geometry.displayID});
+    if (!stream) return failure(CaptureError{CaptureError::Kind::ScreenUnavailable, stream.error().description()});
+    auto writer = m_services.writers.create(movieSettings(m_movie, geometry.movieSize));
+    if (!writer) return failure(CaptureError{CaptureError::Kind::AssetWriterSetupFailed, writer.error().description()});
+    m_stream = std::move(*stream);
+    m_video.emplace(std::move(*writer), geometry.movieSize, m_services.log);
+    return {};
+}
+
+void CaptureSession::pause(HostTime now) { send({Order::Pause, now}); }
+void CaptureSession::resume(HostTime now) { send({Order::Resume, now}); }
+void CaptureSession::stop(HostTime now) { send({Order::Stop, now}); }
+
+void CaptureSession::send(Command command) {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_commands.push_back(command);
+    }
+    m_hasCommands.notify_one();
+    m_stream->interrupt();
+}
+
+Result<CapturedRecording, CaptureError> CaptureSession::result() {
+    if (m_thread.joinable()) m_thread.join();
+    return *m_result;
+}
+
+// ------------------------------------------------------------------------------------------- the capture thread
+
+void CaptureSession::run() {
+    pthread_setname_np(pthread_self(), kThreadName);
+    if (auto error = captureFirstFrame()) {
+        m_firstFrame.set_value(std::move(error));
+        return;
+    }
+    m_firstFrameTime = *m_video->firstVideoPTS();
+    m_firstFrame.set_value(std::nullopt);
+
+    std::optional<CaptureError> error;
+    while (!m_stopTime && !error) error = captureNext();
+    const HostTime end = m_stopTime.value_or(m_services.clock.uptime());
+    if (error) m_services.log("[CaptureEngine] Stream stopped with error");
+    m_result = finish(end);
+    if (error) m_interrupted(*error);
+}
+
+std::optional<CaptureError> CaptureSession::captureFirstFrame() {
+    auto captured = captureFrame(kFirstFramePatience);
+    if (!captured) return CaptureError{CaptureError::Kind::ScreenUnavailable, captured.error().detail};
+    if (!*captured) return CaptureError{CaptureError::Kind::ScreenUnavailable, "The screen gave no picture."};
+    return std::nullopt;
+}
+
+/// One turn of the capture: obeys, waits for the screen, writes.
+std::optional<CaptureError> CaptureSession::captureNext() {
+    obeyCommands();
+    if (m_stopTime) return std::nullopt;
+    if (m_pauses.isPaused()) {
+        if (auto written = m_video->flush(); !written) return interruption(written.error());
+        waitForCommand();
+        return std::nullopt;
+    }
+    auto captured = captureFrame(m_video->patience(m_services.clock.uptime()));
+    if (!captured) return std::move(captured).error();
+    if (*captured) return std::nullopt;
+    if (auto written = m_video->idle(m_services.clock.uptime(), m_pauses); !written)
+        return interruption(written.error());
+    return std::nullopt;
+}
+
+/// True when a frame came within the time.
+Result<bool, CaptureError> CaptureSession::captureFrame(Seconds patience) {
+    Result<void, MovieWriterError> written;
+    const auto came = m_stream->next(patience,
+                                     [&](const ScreenFrame& frame) { written = m_video->take(frame, m_pauses); });
+    if (!came) return failure(interruption(came.error()));
+    if (!written) return failure(interruption(written.error()));
+    return *came;
+}
+
+void CaptureSession::obeyCommands() {
+    std::vector<Command> commands;
+    {
+        const std::lock_guard lock(m_mutex);
+        commands.swap(m_commands);
+    }
+    for (const auto& [order, time] : commands) {
+        switch (order) {
+        case Order::Pause: m_pauses.pause(time); break;
+        case Order::Resume: m_pauses.resume(time); break;
+        case Order::Stop: m_stopTime = time; break;
+        }
+    }
+}
+
+/// While paused the screen isn't asked: what changes meanwhile is in the first frame afterwards.
+void CaptureSession::waitForCommand() {
+    std::unique_lock lock(m_mutex);
+    m_hasCommands.wait(lock, [this] { return !m_commands.empty(); });
+}
+
+Result<CapturedRecording, CaptureError> CaptureSession::finish(HostTime end) {
+    const auto start = m_video->sessionStartTime();
+    const auto last = m_video->lastAppendedPTS();
+    if (!start || !last) {
+        m_services.log(fmt::format("[CaptureEngine] Warning: recording stopped without appended video samples ({})",
+                                   m_video->appendedFrames()));
+        return failure(CaptureError{CaptureError::Kind::AssetWriterFailed, "No picture was recorded."});
+    }
+    const HostTime adjustedEnd = std::max(m_pauses.adjusted(end), *last + kShortestLastFrame);
+    if (auto finished = m_video->finish(adjustedEnd); !finished)
+        return failure(CaptureError{CaptureError::Kind::AssetWriterFailed, finished.error().description()});
+    return CapturedRecording{m_movie, adjustedEnd - *start};
+}
+
+} // namespace morvelin

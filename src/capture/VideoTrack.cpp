@@ -1,0 +1,74 @@
+#include "capture/VideoTrack.h"
+
+#include <fmt/format.h>
+
+#include "media/ColorConversion.h"
+
+namespace morvelin {
+
+namespace {
+
+/// A frame that could not be appended yet is tried again after this time.
+constexpr Seconds kRetryDelay{1.0 / 60};
+/// Nothing to do: a day.
+constexpr Seconds kLongRest{86'400};
+
+} // namespace
+
+VideoTrack::VideoTrack(std::unique_ptr<MovieWriter> writer, PixelSize size, Log log)
+    : m_writer(std::move(writer)),
+      m_log(std::move(log)),
+      m_picture(size, Subsampling::Quarter) {}
+
+Result<void, MovieWriterError> VideoTrack::take(const ScreenFrame& frame, const PauseTimeline& pauses) {
+    for (const PixelBox& box : frame.changed) m_unwritten.push_back(convertToPicture(frame.pixels, box, m_picture));
+    return append(frame.time, pauses);
+}
+
+/// Drops nothing for good: a frame whose time is not past the last one's, as may happen right after a pause, stays in
+/// the picture and goes into the movie with the next attempt.
+Result<void, MovieWriterError> VideoTrack::append(HostTime time, const PauseTimeline& pauses) {
+    const HostTime adjusted = pauses.adjusted(time);
+    if (m_lastAppendedPTS && adjusted <= *m_lastAppendedPTS) return {};
+    if (!m_sessionStartTime) startSession(time, adjusted);
+
+    auto appended = m_writer->append(m_picture, adjusted - *m_sessionStartTime, m_unwritten);
+    if (!appended) {
+        m_log("[CaptureEngine] Failed to append video sample");
+        return appended;
+    }
+    m_unwritten.clear();
+    m_lastAppendedPTS = adjusted;
+    m_unflushedSince = time;
+    ++m_appendedFrames;
+    return {};
+}
+
+void VideoTrack::startSession(HostTime pts, HostTime adjusted) {
+    m_firstVideoPTS = pts;
+    m_sessionStartTime = adjusted;
+    m_log(fmt::format("[CaptureEngine] Started writer session at PTS={}", adjusted.value));
+}
+
+Seconds VideoTrack::patience(HostTime now) const {
+    if (!m_unwritten.empty()) return kRetryDelay;
+    if (!m_unflushedSince) return kLongRest;
+    return std::max(*m_unflushedSince + kFlushDelay - now, Seconds(0));
+}
+
+Result<void, MovieWriterError> VideoTrack::idle(HostTime now, const PauseTimeline& pauses) {
+    if (!m_unwritten.empty() && !pauses.isPaused())
+        if (auto appended = append(now, pauses); !appended) return appended;
+    return now - m_unflushedSince.value_or(now) < kFlushDelay ? Result<void, MovieWriterError>() : flush();
+}
+
+Result<void, MovieWriterError> VideoTrack::flush() {
+    if (!std::exchange(m_unflushedSince, std::nullopt)) return {};
+    return m_writer->flush();
+}
+
+Result<void, MovieWriterError> VideoTrack::finish(HostTime adjustedEnd) {
+    return m_writer->finish(adjustedEnd - m_sessionStartTime.value_or(adjustedEnd));
+}
+
+} // namespace morvelin
