@@ -1,0 +1,66 @@
+#include "render/BackgroundPresets.h"
+
+#include <algorithm>
+
+namespace morvelin::BackgroundPresets {
+
+namespace {
+
+using enum Rendering;
+
+constexpr GradientPreset kGradients[] = {
+    {"palette-morv", {"FFD02F", "FF9E00", "FF6900"}, "Morv", Brand},
+    {"palette-heatwave", {"FFD02F", "FF6900", "E93973"}, "Heatwave", Brand},
+    {"palette-ember", {"FFB020", "D95423", "21121B"}, "Ember", Brand},
+    {"palette-solar-flare", {"FF9E00", "EF507A", "6B35D5"}, "Solar flare", Brand},
+    {"palette-electric-iris", {"B18AFF", "7650E8", "3444C7"}, "Electric iris", Brand},
+    {"palette-lagoon", {"63F0CD", "15BDC8", "2466CD"}, "Lagoon", Brand},
+    {"palette-cobalt", {"64D9FF", "3875EE", "3436AD"}, "Cobalt", Brand},
+    {"palette-orchid", {"FF89BE", "D947BA", "723AD1"}, "Orchid", Brand},
+    {"palette-tangerine", {"FFE19B", "FF9D52", "F05A58"}, "Tangerine", Brand},
+    {"palette-verdant", {"D4ED75", "69C489", "198D81"}, "Verdant", Brand},
+    {"palette-dune", {"F6E9CA", "DEBD97", "B78B86"}, "Dune", Brand},
+    {"palette-moonrise", {"C4C5EA", "949CCD", "656BA0"}, "Moonrise", Brand},
+    {"amber", {"FFC65C", "F08A24"}, "Amber", Legacy},
+    {"morv-warm", {"FFB648", "FF6B4A", "C93A6E"}, "Morv warm", Legacy},
+    {"sonoma-1", {"F7C9A0", "D98BA6", "6F6CC4"}, "Sonoma", Legacy},
+    {"midnight", {"2B3A67", "1B2145", "0B0D1E"}, "Midnight", Legacy},
+    {"aurora", {"7CF2C0", "3FA9D9", "5B3FB5"}, "Aurora", Legacy},
+    {"sakura", {"FFE3EC", "FFB3C9", "E886AE"}, "Sakura", Legacy},
+    {"ocean", {"7FE3F0", "2E9BD6", "1B4B96"}, "Ocean", Legacy},
+    {"forest", {"B9DE8A", "4F9E6B", "1F5A4C"}, "Forest", Legacy},
+    {"candy", {"FFD1A8", "FF8FB8", "A48BF2"}, "Candy", Legacy},
+    {"macos-15", {"8FD0FF", "7B8BF0", "E58FC8"}, "Fifteen", Legacy},
+    {"mesh-nebula", {"16103A", "3A1F7A", "E2559B", "5A7BF0", "F7A35C"}, "Nebula", Legacy},
+    {"mesh-glacier", {"DDF3FA", "8CC6E4", "FFFFFF", "4C8FC4"}, "Glacier", Legacy},
+    {"mesh-terra", {"E9C79B", "B5694A", "F4E3C4", "7A3B32", "D99A5B"}, "Terra", Legacy},
+    {"noir-crimson", {"0C0709", "3B0A18", "C4213F"}, "Noir crimson", Soft},
+    {"navy-ember", {"0A1330", "232A63", "A83A6C", "FF7E45"}, "Navy ember", Soft},
+    {"crimson-navy", {"4A0A22", "5A1B66", "3457D5"}, "Crimson navy", Soft},
+};
+
+constexpr WallpaperPreset kWallpapers[] = {
+    {"default", {"0EA5E9", "3B82F6", "8B5CF6"}},
+    {"sunset", {"F43F5E", "F59E0B", "FDE68A"}},
+    {"forest", {"10B981", "3B82F6", "1E3A8A"}},
+    {"monochrome", {"1E293B", "334155", "64748B"}},
+};
+
+/// The preset with that id, or with the other one, which is in the table.
+template <class Preset>
+const Preset& found(std::span<const Preset> presets, std::string_view id, std::string_view otherwise) {
+    const auto match = std::ranges::find(presets, id, &Preset::id);
+    return match != presets.end() ? *match : *std::ranges::find(presets, otherwise, &Preset::id);
+}
+
+} // namespace
+
+std::span<const GradientPreset> gradients() { return kGradients; }
+
+const GradientPreset& gradient(std::string_view id) { return found(gradients(), id, "palette-dune"); }
+
+const WallpaperPreset& wallpaper(std::string_view id) {
+    return found(std::span<const WallpaperPreset>(kWallpapers), id, "default");
+}
+
+} // namespace morvelin::BackgroundPresets

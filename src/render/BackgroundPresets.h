@@ -1,0 +1,50 @@
+// The built-in backgrounds by name: gradients with their colours, and what stands in for a picture that can't be read.
+#pragma once
+
+#include <array>
+#include <initializer_list>
+#include <span>
+#include <string_view>
+
+namespace morvelin::BackgroundPresets {
+
+/// Colours as six hexadecimal digits each.
+class HexColors {
+public:
+    constexpr HexColors(std::initializer_list<std::string_view> colors) {
+        for (const std::string_view color : colors) m_colors[m_count++] = color;
+    }
+    [[nodiscard]] constexpr std::size_t size() const { return m_count; }
+    [[nodiscard]] constexpr std::string_view operator[](std::size_t index) const { return m_colors[index]; }
+
+private:
+    std::array<std::string_view, 6> m_colors;
+    std::size_t m_count = 0;
+};
+
+/// How a gradient's colours become a picture.
+enum class Rendering {
+    Legacy, ///< straight from one corner to the other
+    Brand,  ///< pools of light that flow into each other
+    Soft    ///< a glow that rises out of the dark
+};
+
+struct GradientPreset {
+    std::string_view id;
+    HexColors hexColors;
+    std::string_view name;
+    Rendering rendering = Rendering::Legacy;
+};
+
+struct WallpaperPreset {
+    std::string_view id;
+    HexColors hexColors;
+};
+
+[[nodiscard]] std::span<const GradientPreset> gradients();
+/// An unknown id gives "palette-dune".
+[[nodiscard]] const GradientPreset& gradient(std::string_view id);
+/// The colours in place of a wallpaper or picture. An unknown id gives "default".
+[[nodiscard]] const WallpaperPreset& wallpaper(std::string_view id);
+
+} // namespace morvelin::BackgroundPresets

@@ -1,0 +1,152 @@
+#include "render/ExportEngine.h"
+
+#include <fmt/format.h>
+
+#include "capture/CursorShapeLibrary.h"
+#include "core/base/Files.h"
+#include "render/EventsSidecar.h"
+#include "render/ExportFolder.h"
+#include "render/Film.h"
+#include "render/FilmInstruction.h"
+#include "render/FilmRenderer.h"
+
+namespace morvelin {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+using Kind = ExportError::Kind;
+
+/// A recording may lack this much of what the edit wants of it: the last picture's length isn't known exactly.
+constexpr Seconds kMissingEnd = 1_s;
+
+ExportError errorOf(Kind kind) { return {kind, {}, {}}; }
+
+Result<std::unique_ptr<MovieReader>, ExportError> openRecording(MovieReaderFactory& readers, const fs::path& path) {
+    std::error_code ignored;
+    if (!fs::exists(path, ignored)) return failure(errorOf(Kind::NoRecording));
+    auto reader = readers.open(path);
+    if (!reader) return failure(ExportError::from(reader.error()));
+    return std::move(*reader);
+}
+
+/// Whether the edit shows moments that the movie has lost.
+bool isCutOff(const MovieProperties& movie, const EditPayload& edit) {
+    return std::ranges::any_of(edit.fragments, [&](const VideoFragment& fragment) {
+        return fragment.length() > 0_s && fragment.sourceEnd > movie.end + kMissingEnd;
+    });
+}
+
+VideoSettings settingsOf(const ExportRequest& request, const MovieProperties& movie) {
+    return request.purpose == ExportPurpose::ForAI ? forAISettings(movie.size, movie.nominalFrameRate)
+                                                   : mp4Settings(movie.size, movie.nominalFrameRate, request.quality);
+}
+
+Result<Film, ExportError> makeFilm(const ProjectBundle::Contents& project, const EditPayload& edit,
+                                   const MovieProperties& movie, const VideoSettings& settings, ExportPurpose purpose) {
+    if (isCutOff(movie, edit)) return failure(errorOf(Kind::IncompleteRead));
+    auto composition = FragmentCompositionBuilder::build(movie, edit.fragments);
+    if (!composition) return failure(ExportError::from(composition.error()));
+
+    const FilmStyle style = purpose == ExportPurpose::ForAI ? FilmStyle::Plain : FilmStyle::OfProject;
+    const auto shapes = CursorShapeLibrary::load(project.recordingURL.parent_path());
+    Film film{std::move(*composition),
+              makeInstruction({edit, project.cursorEvents, shapes, movie.size, settings.size, style}),
+              settings.frameRate};
+    // A video of no length has no frame to write.
+    if (film.frameCount() == 0) return failure(errorOf(Kind::ExportSessionFailed));
+    return film;
+}
+
+MovieSettings movieSettings(const fs::path& path, const VideoSettings& settings) {
+    MovieSettings movie;
+    movie.path = path;
+    movie.size = settings.size;
+    movie.frameRate = settings.frameRate;
+    movie.bitRate = settings.bitRate;
+    return movie;
+}
+
+/// Renders the whole film into a new movie file.
+Result<void, ExportError> writeFilm(const Film& film, MovieReader& reader, MovieWriter& writer, const fs::path& target,
+                                    const ExportEngine::ProgressHandler& progress, const std::stop_token& stop) {
+    const std::int64_t frameCount = film.frameCount();
+    Compositor compositor(film.instruction, Subsampling::Quarter);
+    const auto append = [&](std::int64_t number, const ComposedFrame& frame) -> Result<void, ExportError> {
+        auto appended = writer.append(frame.picture, film.frameTime(number).sinceZero(), frame.changed);
+        if (!appended) return failure(ExportError::from(appended.error(), target));
+        if (progress) progress({number + 1, frameCount});
+        return {};
+    };
+    if (auto rendered = renderPart(film, {0, frameCount}, reader, compositor, append, stop); !rendered) return rendered;
+    if (auto finished = writer.finish(film.length()); !finished)
+        return failure(ExportError::from(finished.error(), target));
+    return {};
+}
+
+/// A sidecar that can't be written is no failure of the export.
+std::vector<fs::path> writeSidecars(const EventsSidecarSubject& subject, const fs::path& video, const Log& log) {
+    const fs::path path = eventsSidecarPath(video);
+    if (const auto written = writeFileAtomically(path, encode(makeEventsSidecar(subject))); !written) {
+        if (log) log("[FounderMode] Failed to write events sidecar: " + written.error().description());
+        return {};
+    }
+    return {path};
+}
+
+} // namespace
+
+Result<fs::path, ExportError> ExportEngine::defaultOutputURL(ExportFormat format, ExportPurpose purpose) const {
+    const fs::path folder = m_services.home / "Movies" / "Morvelin" / "Exports";
+    const std::string extension(json::rawValue(format));
+    const std::string stem = fmt::format("Export_{}", m_services.clock.now().unixSeconds());
+    const std::string name = purpose == ExportPurpose::ForAI ? stem + "-mp4-agent.mp4" : stem + "." + extension;
+    if (const auto made = createFolder(folder); !made)
+        return failure(ExportError::fromErrno(made.error().code, folder / name));
+    return folder / name;
+}
+
+Result<ExportedFiles, ExportError> ExportEngine::exportProject(const ProjectBundle::Contents& project,
+                                                               const ExportRequest& request,
+                                                               const ProgressHandler& progress,
+                                                               const std::stop_token& stop) {
+    if (request.format == ExportFormat::GIF && request.purpose == ExportPurpose::Viewing)
+        return failure(errorOf(Kind::GifNotAvailable));
+
+    std::stop_source stopper;
+    const std::stop_callback forward(stop, [&] { stopper.request_stop(); });
+    const auto entry = m_services.activity.add(m_services.ids.next(), {[&] { stopper.request_stop(); }});
+
+    const EditPayload& edit = project.currentVersion().edit;
+    const auto reader = openRecording(m_services.readers, project.recordingURL);
+    if (!reader) return failure(reader.error());
+    const MovieProperties movie = (*reader)->properties();
+    const VideoSettings settings = settingsOf(request, movie);
+    const auto film = makeFilm(project, edit, movie, settings, request.purpose);
+    if (!film) return failure(film.error());
+
+    Result<fs::path, ExportError> target = request.output ? *request.output
+                                                          : defaultOutputURL(request.format, request.purpose);
+    if (!target) return failure(target.error());
+    auto folder = ExportFolder::create(*target, m_services.ids);
+    if (!folder) return failure(folder.error());
+    {
+        const auto writer = m_services.writers.create(movieSettings(folder->file(), settings));
+        if (!writer) return failure(ExportError::from(writer.error(), *target));
+        auto written = writeFilm(*film, **reader, **writer, *target, progress, stopper.get_token());
+        if (!written) return failure(written.error());
+    }
+    if (stopper.stop_requested()) return failure(errorOf(Kind::Stopped));
+    if (auto placed = folder->takePlace(); !placed) return failure(placed.error());
+
+    ExportedFiles files{*target, {}};
+    if (request.sidecars == SidecarChoice::Written)
+        files.sidecars = writeSidecars({edit, project.cursorEvents, project.cameraURL.has_value(),
+                                        target->filename().string(), film->composition.timelineDuration(),
+                                        settings.size, settings.frameRate, m_services.applicationVersion},
+                                       *target, m_services.log);
+    return files;
+}
+
+} // namespace morvelin

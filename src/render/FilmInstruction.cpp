@@ -1,0 +1,62 @@
+#include "render/FilmInstruction.h"
+
+#include "render/CursorScene.h"
+#include "timeline/ClickPings.h"
+#include "timeline/DenseCurve.h"
+#include "timeline/FragmentMap.h"
+#include "timeline/PositionKeys.h"
+
+namespace morvelin {
+
+namespace {
+
+/// The camera's curve of an edit. The stored positions are fit to the padding in force, then pinned between.
+std::vector<DenseZoomFrame> cameraCurve(const FilmIngredients& film, const FragmentMap& fragments) {
+    const EditPayload& edit = film.edit;
+    SeededIdSource passingIds(0); // of keys that live no longer than this function
+    std::vector<PositionKeyframe> positions = refitPositionKeys(edit.positionKeyframes, edit.zoomKeyframes,
+                                                                edit.padding);
+    const std::vector<PositionKeyframe> pins = ephemeralPositionKeys(positions, edit.zoomKeyframes, edit.padding,
+                                                                     fragments.duration(), passingIds);
+    positions.insert(positions.end(), pins.begin(), pins.end());
+    return denseFrames(edit.zoomKeyframes, std::move(positions), film.cursorEvents, fragments);
+}
+
+void dress(CompositionInstruction& instruction, const FilmIngredients& film, const FragmentMap& fragments) {
+    switch (film.style) {
+    case FilmStyle::OfProject:
+        instruction.padding = film.edit.padding;
+        instruction.cornerRadius = film.edit.cornerRadius;
+        instruction.shadowIntensity = film.edit.shadowIntensity;
+        instruction.background = film.edit.background;
+        instruction.denseFrames = cameraCurve(film, fragments);
+        return;
+    case FilmStyle::Plain:
+        instruction.padding = 0;
+        instruction.cornerRadius = 0;
+        instruction.shadowIntensity = 0;
+        instruction.background.reset();
+        return;
+    }
+}
+
+} // namespace
+
+std::shared_ptr<const CompositionInstruction> makeInstruction(const FilmIngredients& film) {
+    const FragmentMap fragments(film.edit.fragments);
+    auto instruction = std::make_shared<CompositionInstruction>();
+    instruction->videoNaturalSize = film.videoSize;
+    instruction->outputSize = film.outputSize;
+    dress(*instruction, film, fragments);
+    instruction->clickPings = clickPings(film.cursorEvents, fragments);
+    instruction->maskKeyframes = film.edit.maskKeyframes;
+    instruction->clickAnimationsEnabled = film.edit.clickAnimationsEnabled;
+    instruction->clickAnimationColor = film.edit.clickAnimationColor;
+    if (film.cursorShapes)
+        instruction->cursorScene = std::make_shared<const CursorScene>(
+            CursorScene::make(film.cursorEvents, film.cursorShapes, film.edit.cursor.value_or(CursorSettings())));
+    instruction->fragments = fragments;
+    return instruction;
+}
+
+} // namespace morvelin

@@ -1,0 +1,59 @@
+// What one output frame shows: a pure function of the instruction, the time and the recording's frame. Equal plans of
+// one instruction are the same picture, so nothing needs to be decoded, drawn or encoded between them.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "core/Geometry.h"
+#include "core/base/Time.h"
+#include "platform/Picture.h"
+#include "render/CompositionInstruction.h"
+#include "render/StageGeometry.h"
+
+namespace morvelin {
+
+/// A blurred rectangle of the picture.
+struct MaskPlacement {
+    Rectangle rect;   ///< output pixels
+    double sigma = 0; ///< standard deviation of the blur in output pixels, above 0
+
+    bool operator==(const MaskPlacement&) const = default;
+};
+
+/// One ring of a click, clipped to the rounded picture.
+struct PingRing {
+    double centerX = 0; ///< output pixels
+    double centerY = 0;
+    double diameter = 0;
+    double lineWidth = 0;
+    CodableColor color; ///< its alpha holds the fade
+
+    bool operator==(const PingRing&) const = default;
+};
+
+/// The pointer's image over the picture; it may reach over the picture's edge.
+struct PointerPlacement {
+    std::shared_ptr<const Image> image;
+    Rectangle rect; ///< output pixels
+
+    bool operator==(const PointerPlacement&) const = default;
+};
+
+/// Every layer of one frame with its geometry, from the bottom up.
+struct FramePlan {
+    StageGeometry stage;
+    std::int64_t sourceFrame = -1; ///< the movie's frame that shows
+    std::vector<MaskPlacement> masks;
+    std::vector<PingRing> rings;
+    std::optional<PointerPlacement> pointer;
+
+    bool operator==(const FramePlan&) const = default;
+};
+
+/// The plan of the frame at `t`; `sourceFrame` is the number of the recording's frame that shows then.
+[[nodiscard]] FramePlan framePlan(const CompositionInstruction& instruction, EditTime t, std::int64_t sourceFrame);
+
+} // namespace morvelin
