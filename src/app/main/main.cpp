@@ -1,1 +1,28 @@
-int main() { return 0; }
+#include <csignal>
+
+#include <fmt/core.h>
+
+#include "app/CommandLine.h"
+#include "app/Commands.h"
+
+namespace {
+
+using namespace morvelin;
+
+struct RunCommand {
+    int operator()(const ParsedText& parsed) const {
+        fmt::print(parsed.exitStatus == 0 ? stdout : stderr, "{}", parsed.text);
+        return parsed.exitStatus;
+    }
+    int operator()(const RecordOptions& options) const { return runRecord(*compose(), options); }
+    int operator()(const ExportOptions& options) const { return runExport(*compose(), options); }
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    // A full disk quota and a closed pipe are told by the failing call, in a sentence, not by a signal.
+    std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
+    return std::visit(RunCommand{}, parseCommandLine(argc, argv));
+}

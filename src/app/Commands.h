@@ -1,0 +1,16 @@
+// The commands of the program: each does its work on the composition's loop and gives the exit status.
+#pragma once
+
+#include "app/CommandLine.h"
+#include "app/composition.h"
+
+namespace morvelin {
+
+inline constexpr int kSuccess = 0;
+inline constexpr int kFailure = 1;
+inline constexpr int kStoppedByUser = 130; ///< as a shell gives it for Ctrl-C
+
+int runRecord(Composition& composition, const RecordOptions& options);
+int runExport(Composition& composition, const ExportOptions& options);
+
+} // namespace morvelin

@@ -1,0 +1,43 @@
+// What the commands are made of: the one place where concrete back-ends are chosen. Owned by `main`.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+#include "core/base/Date.h"
+#include "core/base/GLibEventLoop.h"
+#include "core/base/Identity.h"
+#include "core/base/Log.h"
+#include "platform/MovieReader.h"
+#include "platform/MovieWriter.h"
+#include "platform/Pointer.h"
+#include "platform/Screen.h"
+
+namespace morvelin {
+
+/// The program's services, behind their interfaces.
+struct Composition {
+    Log log;
+    std::filesystem::path home;
+    SystemClock clock;
+    RandomIdSource ids;
+    GLibEventLoop loop;
+    std::unique_ptr<MovieReaderFactory> movieReaders;
+    std::unique_ptr<MovieWriterFactory> movieWriters;
+
+    /// A folder below "Movies/Morvelin": "Projects" or "Exports".
+    [[nodiscard]] std::filesystem::path moviesFolder(const char* name) const {
+        return home / "Movies" / "Morvelin" / name;
+    }
+};
+
+/// What records a desktop. Where none can be reached, stand-ins that say why.
+struct Desktop {
+    std::unique_ptr<ScreenSource> screen;
+    std::unique_ptr<PointerSource> pointer;
+};
+
+[[nodiscard]] std::unique_ptr<Composition> compose();
+[[nodiscard]] Desktop connectDesktop();
+
+} // namespace morvelin
