@@ -1,10 +1,9 @@
 #include "app/CommandLine.h"
 
-#include <map>
-
 #include <CLI/CLI.hpp>
 
 #include "app/Version.h"
+#include "core/base/JSON.h"
 
 namespace morvelin {
 
@@ -15,20 +14,23 @@ void describeRecord(CLI::App& app, RecordOptions& options, double& seconds) {
         ->type_name("ID");
     app.add_option("--seconds", seconds, "stop by itself after that many seconds (default: Ctrl-C stops)")
         ->type_name("N")
-        ->check(CLI::Range(0.1, 86400.0));
+        ->check(CLI::Range(0.1, 86400.0).description(""));
 }
 
-void describeExport(CLI::App& app, ExportOptions& options) {
-    static const std::map<std::string, VideoQuality> kQualities{{"very_low", VideoQuality::VeryLow},
-                                                                {"low", VideoQuality::Low},
-                                                                {"medium", VideoQuality::Medium},
-                                                                {"high", VideoQuality::High},
-                                                                {"ultra", VideoQuality::Ultra}};
+/// What the export's options are before they are values.
+struct ExportWords {
+    std::string quality = "high";
+};
+
+void describeExport(CLI::App& app, ExportOptions& options, ExportWords& words) {
     app.add_option("project", options.project, "a project's folder or name (default: the one that changed last)")
         ->type_name("PROJECT");
-    app.add_option("--quality", options.quality, "very_low, low, medium, high or ultra (default: high)")
+    app.add_option("--quality", words.quality, "very_low, low, medium, high or ultra (default: high)")
         ->type_name("Q")
-        ->transform(CLI::CheckedTransformer(kQualities).description(""));
+        ->check([](const std::string& word) {
+            if (json::fromRawValue<VideoQuality>(word)) return std::string();
+            return "“" + word + "” is none of very_low, low, medium, high and ultra.";
+        });
     app.add_flag("--for-ai", options.forAI, "small and plain, five frames a second, text kept legible: for a model");
     app.add_option("--output", options.output, "the file to write (default: in ~/Movies/Morvelin/Exports)")
         ->type_name("FILE");
@@ -48,8 +50,9 @@ Command parseCommandLine(int argc, const char* const* argv) {
     describeRecord(*recordCommand, record, seconds);
 
     ExportOptions exportOptions;
+    ExportWords words;
     CLI::App* exportCommand = app.add_subcommand("export", "Render a project to MP4; prints the paths.");
-    describeExport(*exportCommand, exportOptions);
+    describeExport(*exportCommand, exportOptions, words);
 
     try {
         app.parse(argc, argv);
@@ -61,6 +64,7 @@ Command parseCommandLine(int argc, const char* const* argv) {
     }
     if (seconds > 0) record.seconds = Seconds(seconds);
     if (recordCommand->parsed()) return record;
+    exportOptions.quality = json::fromRawValue<VideoQuality>(words.quality).value_or(VideoQuality::High);
     return exportOptions;
 }
 

@@ -117,8 +117,7 @@ int runExport(Composition& composition, const ExportOptions& options) {
         return kFailure;
     }
     if (project->didConvertLegacyBundle)
-        composition.log(
-            fmt::format("[Morvelin] Converted “{}” to the versioned bundle format", project->capture.name));
+        composition.log(fmt::format("[Morvelin] Converted “{}” to the versioned bundle format", project->capture.name));
     return ExportRun(composition, options).run(*project);
 }
 

@@ -35,8 +35,7 @@ std::unique_ptr<Composition> compose() {
 
 Desktop connectDesktop() {
     auto screen = X11ScreenSource::connect("");
-    if (!screen)
-        return {std::make_unique<NullScreenSource>(screen.error()), std::make_unique<NullPointerSource>()};
+    if (!screen) return {std::make_unique<NullScreenSource>(screen.error()), std::make_unique<NullPointerSource>()};
     auto pointer = X11PointerSource::connect("");
     if (!pointer) return {std::move(*screen), std::make_unique<NullPointerSource>()};
     return {std::move(*screen), std::move(*pointer)};

@@ -1,5 +1,6 @@
 #include "timeline/LiveFocusDetector.h"
 
+#include <algorithm>
 #include <iterator>
 
 namespace morvelin {

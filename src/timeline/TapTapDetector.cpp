@@ -69,8 +69,7 @@ private:
 
     std::optional<Detection> judge(const PointerSample& sample) {
         const double width = m_box.width();
-        const double mostHeight = std::min(m_config.maxVerticalDriftAbsolute,
-                                           m_config.maxVerticalDriftRatio * m_box.width());
+        const double mostHeight = std::min(m_config.maxVerticalDriftAbsolute, m_config.maxVerticalDriftRatio * width);
         if (!atLeast(width, m_config.minSwingWidth) || !atMost(width, m_config.maxGestureWidth) ||
             !atMost(m_box.height(), mostHeight)) {
             restart(sample);

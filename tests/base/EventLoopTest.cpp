@@ -178,6 +178,13 @@ TEST(GLibLoop, TakesPostsFromOtherThreadsAndWorksOffItsOwn) {
     EXPECT_TRUE(std::ranges::is_sorted(order));
 }
 
+// A command whose first step fails is over before its loop runs; it used to wait for ever then.
+TEST(GLibLoop, EndsAtOnceWhenItsQuitCameFirst) {
+    GLibEventLoop loop;
+    loop.quit();
+    loop.run();
+}
+
 TEST(GLibLoop, HearsSignalsAndReadableDescriptors) {
     DrivenGLib driven;
     std::vector<std::string> heard;

@@ -121,8 +121,8 @@ TEST(FocusDetector, MarksTheCircledZoneInsideTheCapture) {
     EXPECT_TRUE(circle(0.5, 0.31).empty()) << "larger than any zone";
 }
 
-/// A wag of runs of the given widths, right first, five samples each, that climbs by `rise` in its first four. The press
-/// just before makes it begin at `start`.
+/// A wag of runs of the given widths, right first, five samples each, that climbs by `rise` in its first four. The
+/// press just before makes it begin at `start`.
 std::vector<CursorEvent> wag(double start, double left, const std::vector<double>& widths, double rise = 0) {
     std::vector<CursorEvent> events{pressAt(start - 0.001), moveAt(start, left, 0.5)};
     double x = left;

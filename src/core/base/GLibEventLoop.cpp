@@ -133,6 +133,9 @@ EventLoop::Timer GLibEventLoop::onReadable(int descriptor, Action action) {
 }
 
 void GLibEventLoop::run() { g_main_loop_run(m_state->loop); }
-void GLibEventLoop::quit() { g_main_loop_quit(m_state->loop); }
+/// By way of the loop, so that what ends at once, before `run`, ends `run` too.
+void GLibEventLoop::quit() {
+    post([loop = m_state->loop] { g_main_loop_quit(loop); });
+}
 
 } // namespace morvelin

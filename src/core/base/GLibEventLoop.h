@@ -21,7 +21,7 @@ public:
     /// Calls the action on the loop's thread whenever the descriptor can be read without blocking.
     Timer onReadable(int descriptor, Action action);
 
-    /// Runs until `quit`.
+    /// Runs until `quit`, which may have been called before.
     void run();
     void quit();
 

@@ -24,6 +24,12 @@ bool isTooDeep(std::string_view text) {
     return false;
 }
 
+/// The library's reason without the tag in brackets that it begins with.
+std::string withoutTag(std::string_view reason) {
+    const auto end = reason.find("] ");
+    return std::string(end == std::string_view::npos ? reason : reason.substr(end + 2));
+}
+
 } // namespace
 
 std::string JSONError::description() const {
@@ -42,7 +48,7 @@ Result<JSONValue, JSONError> parseJSON(std::string_view text) {
     try {
         return JSONValue::parse(text);
     } catch (const JSONValue::exception& error) {
-        return failure(JSONError{JSONError::Kind::Syntax, "", error.what()});
+        return failure(JSONError{JSONError::Kind::Syntax, "", withoutTag(error.what())});
     }
 }
 

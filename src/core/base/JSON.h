@@ -204,7 +204,7 @@ Result<Record, JSONError> recordFromJSON(const JSONValue& value) {
     Record record{};
     JSONReader reader(value);
     describe(reader, record);
-    if (reader.error()) return failure(*reader.error());
+    if (const auto& error = reader.error()) return failure(*error);
     return record;
 }
 
