@@ -121,7 +121,8 @@ std::optional<CaptureError> CaptureSession::captureNext() {
     obeyCommands();
     if (m_stopTime) return std::nullopt;
     if (m_pauses.isPaused()) {
-        if (auto written = m_video->flush(); !written) return interruption(written.error());
+        if (auto written = m_video->flush(m_services.clock.uptime(), m_pauses); !written)
+            return interruption(written.error());
         waitForCommand();
         return std::nullopt;
     }

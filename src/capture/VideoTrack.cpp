@@ -10,6 +10,7 @@ namespace {
 
 /// A frame that could not be appended yet is tried again after this time.
 constexpr Seconds kRetryDelay{1.0 / 60};
+constexpr Seconds kShortestFrame{0.001};
 /// Nothing to do: a day.
 constexpr Seconds kLongRest{86'400};
 
@@ -31,7 +32,11 @@ Result<void, MovieWriterError> VideoTrack::append(HostTime time, const PauseTime
     const HostTime adjusted = pauses.adjusted(time);
     if (m_lastAppendedPTS && adjusted <= *m_lastAppendedPTS) return {};
     if (!m_sessionStartTime) startSession(time, adjusted);
+    m_unflushedSince = time;
+    return write(adjusted);
+}
 
+Result<void, MovieWriterError> VideoTrack::write(HostTime adjusted) {
     auto appended = m_writer->append(m_picture, adjusted - *m_sessionStartTime, m_unwritten);
     if (!appended) {
         m_log("[CaptureEngine] Failed to append video sample");
@@ -39,7 +44,6 @@ Result<void, MovieWriterError> VideoTrack::append(HostTime time, const PauseTime
     }
     m_unwritten.clear();
     m_lastAppendedPTS = adjusted;
-    m_unflushedSince = time;
     ++m_appendedFrames;
     return {};
 }
@@ -59,11 +63,14 @@ Seconds VideoTrack::patience(HostTime now) const {
 Result<void, MovieWriterError> VideoTrack::idle(HostTime now, const PauseTimeline& pauses) {
     if (!m_unwritten.empty() && !pauses.isPaused())
         if (auto appended = append(now, pauses); !appended) return appended;
-    return now - m_unflushedSince.value_or(now) < kFlushDelay ? Result<void, MovieWriterError>() : flush();
+    return now - m_unflushedSince.value_or(now) < kFlushDelay ? Result<void, MovieWriterError>() : flush(now, pauses);
 }
 
-Result<void, MovieWriterError> VideoTrack::flush() {
+/// An encoder that is told the frames' times holds one frame back until the next comes, so the last one is said again.
+Result<void, MovieWriterError> VideoTrack::flush(HostTime now, const PauseTimeline& pauses) {
     if (!std::exchange(m_unflushedSince, std::nullopt)) return {};
+    const HostTime adjusted = std::max(pauses.adjusted(now), *m_lastAppendedPTS + kShortestFrame);
+    if (auto written = write(adjusted); !written) return written;
     return m_writer->flush();
 }
 

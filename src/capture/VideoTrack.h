@@ -12,11 +12,11 @@
 
 namespace morvelin {
 
-/// Keeps the movie's picture in the encoder's planes and converts only what changed. Nothing is appended for a screen
-/// that stands still; what was appended goes to the file at the latest `kFlushDelay` after the screen fell still.
+/// Keeps the movie's picture in the encoder's planes and converts only what changed. A screen that stands still costs
+/// nothing; `kFlushDelay` after it fell still, all that was appended is in the file.
 class VideoTrack {
 public:
-    static constexpr Seconds kFlushDelay{0.5};
+    static constexpr Seconds kFlushDelay{0.75};
 
     VideoTrack(std::unique_ptr<MovieWriter> writer, PixelSize size, Log log);
 
@@ -25,7 +25,7 @@ public:
     /// What is due while the screen stands still.
     Result<void, MovieWriterError> idle(HostTime now, const PauseTimeline& pauses);
     /// Everything appended goes to the file now.
-    Result<void, MovieWriterError> flush();
+    Result<void, MovieWriterError> flush(HostTime now, const PauseTimeline& pauses);
     /// How long the screen may stand still before `idle` has something to do.
     [[nodiscard]] Seconds patience(HostTime now) const;
 
@@ -41,6 +41,7 @@ public:
 
 private:
     Result<void, MovieWriterError> append(HostTime time, const PauseTimeline& pauses);
+    Result<void, MovieWriterError> write(HostTime adjusted);
     void startSession(HostTime pts, HostTime adjusted);
 
     std::unique_ptr<MovieWriter> m_writer;

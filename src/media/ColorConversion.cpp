@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <span>
 #include <vector>
 
 #if defined(__x86_64__)
@@ -83,7 +84,7 @@ struct Channels {
 [[gnu::target("avx2")]] inline Channels loadPixels(const std::uint8_t* pixels) {
     const __m256i low = _mm256_set1_epi32(0x00FF00FF);
     const __m256i packed = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(pixels));
-    return {_mm256_and_si256(packed, low), _mm256_and_si256(_mm256_srli_epi16(packed, 8), low)};
+    return {_mm256_and_si256(packed, low), _mm256_srli_epi16(packed, 8)};
 }
 
 [[gnu::target("avx2")]] inline __m256i weighted(const VectorWeights& weights, const Channels& channels) {
@@ -183,28 +184,40 @@ PixelBox grown(PixelBox box, PixelSize size) {
     return {left, top, right - left, bottom - top};
 }
 
-/// Chroma of one row of pixels, in units of 1/8.
-std::vector<int> chromaRow(PlaneView<const std::uint8_t> plane, int y, int width, Subsampling subsampling) {
-    std::vector<int> row(static_cast<std::size_t>(width));
+/// Chroma of one row of pixels around grey, in units of 1/8.
+void chromaRow(PlaneView<const std::uint8_t> plane, int y, Subsampling subsampling, std::span<int> row) {
+    constexpr int kGrey = 8 * 128;
     switch (subsampling) {
     case Subsampling::None:
-        for (int x = 0; x < width; ++x) row[static_cast<std::size_t>(x)] = 8 * plane.row(y)[x];
+        std::ranges::transform(std::span(plane.row(y), row.size()), row.begin(),
+                               [](std::uint8_t sample) { return 8 * sample - kGrey; });
         break;
     case Subsampling::Quarter: {
-        const int near = y / 2;
-        const int far = std::clamp(y % 2 == 0 ? near - 1 : near + 1, 0, plane.height - 1);
-        const auto between = [&](int column) { return 3 * plane.row(near)[column] + plane.row(far)[column]; };
-        for (int x = 0; x < width; ++x) {
-            const int next = std::min((x + 1) / 2, plane.width - 1);
-            row[static_cast<std::size_t>(x)] = between(x / 2) + between(next);
+        const std::uint8_t* near = plane.row(y / 2);
+        const std::uint8_t* far = plane.row(std::clamp(y % 2 == 0 ? y / 2 - 1 : y / 2 + 1, 0, plane.height - 1));
+        for (int x = 0; x < plane.width; ++x) {
+            const int next = std::min(x + 1, plane.width - 1);
+            const int here = 3 * near[x] + far[x];
+            row[static_cast<std::size_t>(2 * x)] = 2 * here - kGrey;
+            row[static_cast<std::size_t>(2 * x + 1)] = here + 3 * near[next] + far[next] - kGrey;
         }
         break;
     }
     }
-    return row;
 }
 
-std::uint8_t toByte(double value) { return static_cast<std::uint8_t>(std::clamp(value + 0.5, 0.0, 255.0)); }
+/// One row of opaque pixels; the weights are those of BT.709's inverse in units of 2^-16, for chroma of 2^-13.
+void pixelRow(const std::uint8_t* luma, std::span<const int> cb, std::span<const int> cr, std::uint8_t* pixels) {
+    const auto clamped = [](int value) { return static_cast<std::uint32_t>(std::clamp(value >> 16, 0, 255)); };
+    for (std::size_t x = 0; x < cb.size(); ++x) {
+        const int grey = 76309 * (luma[x] - 16) + (1 << 15);
+        const std::uint32_t blue = clamped(grey + 17305 * cb[x]);
+        const std::uint32_t green = clamped(grey - 1747 * cb[x] - 4366 * cr[x]);
+        const std::uint32_t red = clamped(grey + 14686 * cr[x]);
+        const std::uint32_t pixel = blue | green << 8 | red << 16 | 0xFF000000;
+        std::memcpy(pixels + 4 * x, &pixel, sizeof pixel);
+    }
+}
 
 } // namespace
 
@@ -229,22 +242,14 @@ PixelBox convertToPicture(const ScreenPixels& pixels, PixelBox box, Picture& pic
 
 Image imageOf(const Picture& picture) {
     const PixelSize size = picture.size();
-    Image image{size, std::vector<std::uint8_t>(static_cast<std::size_t>(4 * size.width) *
-                                                static_cast<std::size_t>(size.height))};
-    std::uint8_t* pixel = image.pixels.data();
+    const auto width = static_cast<std::size_t>(size.width);
+    Image image{size, std::vector<std::uint8_t>(4 * width * static_cast<std::size_t>(size.height))};
+    std::vector<int> cb(width);
+    std::vector<int> cr(width);
     for (int y = 0; y < size.height; ++y) {
-        const std::uint8_t* lumaRow = picture.plane(0).row(y);
-        const std::vector<int> cbRow = chromaRow(picture.plane(1), y, size.width, picture.subsampling());
-        const std::vector<int> crRow = chromaRow(picture.plane(2), y, size.width, picture.subsampling());
-        for (int x = 0; x < size.width; ++x, pixel += 4) {
-            const double luma = (lumaRow[x] - 16) * (255.0 / 219);
-            const double cb = (cbRow[static_cast<std::size_t>(x)] / 8.0 - 128) * (255.0 / 224);
-            const double cr = (crRow[static_cast<std::size_t>(x)] / 8.0 - 128) * (255.0 / 224);
-            pixel[0] = toByte(luma + 1.8556 * cb);
-            pixel[1] = toByte(luma - 0.187324 * cb - 0.468124 * cr);
-            pixel[2] = toByte(luma + 1.5748 * cr);
-            pixel[3] = 255;
-        }
+        chromaRow(picture.plane(1), y, picture.subsampling(), cb);
+        chromaRow(picture.plane(2), y, picture.subsampling(), cr);
+        pixelRow(picture.plane(0).row(y), cb, cr, image.pixels.data() + 4 * width * static_cast<std::size_t>(y));
     }
     return image;
 }

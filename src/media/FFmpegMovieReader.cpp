@@ -181,8 +181,8 @@ Result<InputHandle, MovieReaderError> openInput(const std::filesystem::path& pat
     return input;
 }
 
-/// When the frame with the last packet ends. In fragments the demuxer leaves each packet's duration to a guess, but knows
-/// the next frame, even when its bytes are cut off, or else the end of the track.
+/// When the frame with the last packet ends. In fragments the demuxer leaves each packet's duration to a guess, but
+/// knows the next frame, even when its bytes are cut off, or else the end of the track.
 std::int64_t endOfLastFrame(AVFormatContext& input, AVStream& stream, const IndexedFrame& last,
                             std::int64_t packetDuration) {
     const bool isFragmented = std::string_view(input.iformat->name).starts_with("mov") && stream.nb_frames == 0;

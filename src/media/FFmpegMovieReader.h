@@ -1,5 +1,5 @@
-// The operation "read a movie" by FFmpeg's demuxers and decoders. The factory is made once by the program's composition;
-// each reader is owned by an export, a preview or a frame reader.
+// The operation "read a movie" by FFmpeg's demuxers and decoders. The factory is made once by the program's
+// composition; each reader is owned by an export, a preview or a frame reader.
 #pragma once
 
 #include <memory>

@@ -1,4 +1,5 @@
-// When each frame of a movie shows and where decoding can start: what makes reading exact to the frame. Owned by a reader.
+// When each frame of a movie shows and where decoding can start: what makes reading exact to the frame. Owned by a
+// reader.
 #pragma once
 
 #include <cstdint>
@@ -21,8 +22,8 @@ struct IndexedFrame {
 class MovieIndex {
 public:
     MovieIndex() = default;
-    /// `end` is when the last frame ends, if known, `tick` the length of a tick. Frames may come in any order; of frames with
-    /// equal times one stays.
+    /// `end` is when the last frame ends, if known, `tick` the length of a tick. Frames may come in any order; of
+    /// frames with equal times one stays.
     MovieIndex(std::vector<IndexedFrame> frames, std::int64_t end, Seconds tick);
 
     [[nodiscard]] bool isEmpty() const { return m_frames.empty(); }

@@ -66,6 +66,7 @@ Result<std::vector<std::uint8_t>, PNGError> encodePNG(const Image& image) {
     png->width = static_cast<png_uint_32>(image.size.width);
     png->height = static_cast<png_uint_32>(image.size.height);
     png->format = PNG_FORMAT_BGRA;
+    png->flags = PNG_IMAGE_FLAG_FAST; // a third of the time for a seventh more bytes
     std::vector<std::uint8_t> bytes(PNG_IMAGE_PNG_SIZE_MAX(*png.get()));
     png_alloc_size_t size = bytes.size();
     if (png_image_write_to_memory(png.get(), bytes.data(), &size, 0, pixels.data(), 0, nullptr) == 0)

@@ -1,6 +1,5 @@
 #include "media/VideoEncoder.h"
 
-#include <array>
 #include <cmath>
 
 namespace morvelin {

@@ -1,5 +1,5 @@
-// The small interface that libx264 and FFmpeg's hardware encoders share. Owned by one movie writer, or by one part of an
-// export that is encoded on its own.
+// The small interface that libx264 and FFmpeg's hardware encoders share. Owned by one movie writer, or by one part of
+// an export that is encoded on its own.
 #pragma once
 
 #include <cstdint>
@@ -32,7 +32,7 @@ struct VideoEncoderSettings {
     MovieSettings::Pace pace = MovieSettings::Pace::Offline;
     MovieSettings::Transfer transfer = MovieSettings::Transfer::BT709;
     double frameRate = 60;
-    std::int64_t bitRate = 0; ///< bits a second, on average
+    std::int64_t bitRate = 0; ///< bits a second: the average offline, in real time the most over any few seconds
     Seconds keyFrameInterval{2};
     int threads = 0; ///< 0: as many as suit the machine
 
@@ -60,8 +60,8 @@ public:
 
     /// The stream's parameter sets, with start codes; packets do not repeat them.
     [[nodiscard]] virtual std::span<const std::uint8_t> parameterSets() const = 0;
-    /// Encodes a 4:2:0 picture of the agreed size. `time`, in ticks, grows from frame to frame; `changed` lists the boxes
-    /// in which the picture differs from the one before. The picture may be reused once the call is back.
+    /// Encodes a 4:2:0 picture of the agreed size. `time`, in ticks, grows from frame to frame; `changed` lists the
+    /// boxes in which the picture differs from the one before. The picture may be reused once the call is back.
     virtual Result<void, MovieWriterError> encode(const Picture& picture, std::int64_t time,
                                                   std::span<const PixelBox> changed, const PacketSink& sink) = 0;
     /// Hands over what is still inside; nothing can be encoded afterwards.

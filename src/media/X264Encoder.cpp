@@ -19,10 +19,6 @@ namespace morvelin {
 
 namespace {
 
-/// Below this quantiser a screen gains nothing that an eye could see. Without a floor, rate control goes on refining a
-/// picture that stands still, and each refinement makes the map of unchanged blocks void.
-constexpr int kQuantizerFloor = 16;
-
 /// One thread keeps up with about this many pixels a second in real time, with room to spare.
 constexpr double kPixelsPerThread = 1920.0 * 1080 * 60 * 1.25;
 
@@ -35,16 +31,22 @@ int threadCount(const VideoEncoderSettings& settings) {
 }
 
 /// A take: the cheapest analysis there is. At the bit rates of a take the quantiser stays at its floor, so a better
-/// preset would make a smaller file of the same quality, for twice the work.
+/// preset would make a smaller file of the same quality, for twice the work. Each frame comes with its quantiser.
 void setRealTime(x264_param_t& parameters) {
     x264_param_default_preset(&parameters, "ultrafast", "zerolatency");
     parameters.b_vfr_input = 1;
     // A frame that is forced to be a key frame must become one however few frames came since the last.
     parameters.i_keyint_min = 1;
+    parameters.rc.i_rc_method = X264_RC_CQP;
+    parameters.rc.i_qp_constant = kQuantizerFloor;
+    // The encoder holds each frame's quantiser within those that these factors would give to I- and B-frames, 6 steps to
+    // a factor of 2: they open the range from the floor to the coarsest and mean nothing else, as each frame has its own.
+    parameters.rc.f_ip_factor = 1.0F / 64;
+    parameters.rc.f_pb_factor = 1;
 }
 
 /// An export. B-frames and look-ahead would part a frame from the one just before it, which the map speaks of.
-void setOffline(x264_param_t& parameters) {
+void setOffline(x264_param_t& parameters, std::int64_t bitRate) {
     x264_param_default_preset(&parameters, "superfast", nullptr);
     parameters.b_vfr_input = 0;
     parameters.b_stitchable = 1;
@@ -53,6 +55,9 @@ void setOffline(x264_param_t& parameters) {
     parameters.i_sync_lookahead = 0;
     parameters.rc.i_lookahead = 0;
     parameters.rc.b_mb_tree = 0;
+    parameters.rc.i_rc_method = X264_RC_ABR;
+    parameters.rc.i_bitrate = static_cast<int>(std::max<std::int64_t>(1, bitRate / 1000));
+    parameters.rc.i_qp_min = kQuantizerFloor;
 }
 
 void setColour(x264_param_t& parameters, MovieSettings::Transfer transfer) {
@@ -64,7 +69,7 @@ void setColour(x264_param_t& parameters, MovieSettings::Transfer transfer) {
     parameters.vui.i_transfer = transfer == MovieSettings::Transfer::SRGB ? kSRGB : kBT709;
 }
 
-void setRate(x264_param_t& parameters, const VideoEncoderSettings& settings) {
+void setTimes(x264_param_t& parameters, const VideoEncoderSettings& settings) {
     const Rational rate = exactFrameRate(settings.frameRate);
     const Rational tick = settings.timeBase();
     parameters.i_fps_num = static_cast<std::uint32_t>(rate.numerator);
@@ -73,16 +78,13 @@ void setRate(x264_param_t& parameters, const VideoEncoderSettings& settings) {
     parameters.i_timebase_den = static_cast<std::uint32_t>(tick.denominator);
     parameters.i_keyint_max = std::max(1,
                                        static_cast<int>(std::lround(settings.keyFrameInterval.value * rate.value())));
-    parameters.rc.i_rc_method = X264_RC_ABR;
-    parameters.rc.i_bitrate = static_cast<int>(std::max<std::int64_t>(1, settings.bitRate / 1000));
-    parameters.rc.i_qp_min = kQuantizerFloor;
 }
 
 x264_param_t parametersOf(const VideoEncoderSettings& settings) {
     x264_param_t parameters;
     switch (settings.pace) {
     case MovieSettings::Pace::RealTime: setRealTime(parameters); break;
-    case MovieSettings::Pace::Offline: setOffline(parameters); break;
+    case MovieSettings::Pace::Offline: setOffline(parameters, settings.bitRate); break;
     }
     parameters.i_threads = threadCount(settings);
     parameters.i_width = settings.size.width;
@@ -93,7 +95,7 @@ x264_param_t parametersOf(const VideoEncoderSettings& settings) {
     parameters.analyse.b_mb_info = 1;
     parameters.analyse.i_weighted_pred = X264_WEIGHTP_NONE; // a weighted frame would not use the map
     setColour(parameters, settings.transfer);
-    setRate(parameters, settings);
+    setTimes(parameters, settings);
     x264_param_apply_profile(&parameters, "high");
     return parameters;
 }
@@ -145,6 +147,7 @@ void X264Encoder::Close::operator()(x264_t* encoder) const { x264_encoder_close(
 X264Encoder::X264Encoder(const VideoEncoderSettings& settings)
     : m_settings(settings),
       m_lastComplaint(std::make_unique<std::string>()),
+      m_takeRate(settings.bitRate),
       m_keyFrameTicks(std::llround(settings.keyFrameInterval.value / settings.timeBase().value())) {}
 
 Result<std::unique_ptr<X264Encoder>, MovieWriterError> X264Encoder::create(const VideoEncoderSettings& settings) {
@@ -176,7 +179,7 @@ Result<void, MovieWriterError> X264Encoder::takeParameterSets() {
 
 /// Counting frames alone would let a key frame wait for minutes on a screen that seldom changes.
 bool X264Encoder::keyFrameIsDue(std::int64_t time) const {
-    return m_settings.pace == MovieSettings::Pace::RealTime && time - m_lastKeyFrame >= m_keyFrameTicks;
+    return isRealTime() && time - m_lastKeyFrame >= m_keyFrameTicks;
 }
 
 Result<void, MovieWriterError> X264Encoder::encode(const Picture& picture, std::int64_t time,
@@ -189,6 +192,10 @@ Result<void, MovieWriterError> X264Encoder::encode(const Picture& picture, std::
         attachMap(view, m_settings.size, changed);
     }
     m_isFirst = false;
+    if (isRealTime()) {
+        const double seconds = static_cast<double>(time) * m_settings.timeBase().value();
+        view.i_qpplus1 = m_takeRate.quantizerAt(seconds) + 1;
+    }
 
     x264_nal_t* units = nullptr;
     int count = 0;
@@ -196,9 +203,14 @@ Result<void, MovieWriterError> X264Encoder::encode(const Picture& picture, std::
     const int size = x264_encoder_encode(m_encoder.get(), &units, &count, &view, &coded);
     if (size < 0) return failure(complaint(MovieWriterError::Kind::EncodingFailed, "A frame could not be encoded"));
     if (size == 0) return {};
+    return handOver(packetOf(units, size, coded), sink);
+}
+
+Result<void, MovieWriterError> X264Encoder::handOver(const EncodedPacket& packet, const PacketSink& sink) {
     // The encoder makes key frames of its own as well: when so many frames have passed.
-    if (coded.b_keyframe != 0) m_lastKeyFrame = std::max(m_lastKeyFrame, coded.i_pts);
-    return sink(packetOf(units, size, coded));
+    if (packet.isKeyFrame) m_lastKeyFrame = std::max(m_lastKeyFrame, packet.presentationTime);
+    m_takeRate.add(8 * static_cast<std::int64_t>(packet.bytes.size()));
+    return sink(packet);
 }
 
 Result<void, MovieWriterError> X264Encoder::drain(const PacketSink& sink) {
@@ -209,7 +221,7 @@ Result<void, MovieWriterError> X264Encoder::drain(const PacketSink& sink) {
         const int size = x264_encoder_encode(m_encoder.get(), &units, &count, nullptr, &coded);
         if (size < 0) return failure(complaint(MovieWriterError::Kind::EncodingFailed, "A frame could not be encoded"));
         if (size == 0) continue;
-        if (auto taken = sink(packetOf(units, size, coded)); !taken) return taken;
+        if (auto taken = handOver(packetOf(units, size, coded), sink); !taken) return taken;
     }
     return {};
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "media/TakeRate.h"
 #include "media/VideoEncoder.h"
 
 struct x264_t;
@@ -33,7 +34,9 @@ private:
     explicit X264Encoder(const VideoEncoderSettings& settings);
     Result<void, MovieWriterError> open();
     Result<void, MovieWriterError> takeParameterSets();
+    [[nodiscard]] bool isRealTime() const { return m_settings.pace == MovieSettings::Pace::RealTime; }
     [[nodiscard]] bool keyFrameIsDue(std::int64_t time) const;
+    Result<void, MovieWriterError> handOver(const EncodedPacket& packet, const PacketSink& sink);
     [[nodiscard]] MovieWriterError complaint(MovieWriterError::Kind kind, const char* sentence) const;
 
     VideoEncoderSettings m_settings;
@@ -41,6 +44,7 @@ private:
     std::unique_ptr<std::string> m_lastComplaint;
     std::unique_ptr<x264_t, Close> m_encoder;
     std::vector<std::uint8_t> m_parameterSets;
+    TakeRate m_takeRate; ///< real time only; offline the encoder's own rate control sees to the bit rate
     std::int64_t m_keyFrameTicks = 0;
     std::int64_t m_lastKeyFrame = 0;
     bool m_isFirst = true;

@@ -75,8 +75,8 @@ BackgroundArt::BackgroundArt(const std::optional<Background>& background, PixelS
     case BackgroundType::SolidColor: {
         // A colour that lets light through shows the black behind it.
         const CodableColor& color = background->solidColor;
-        const double alpha = std::clamp(color.alpha, 0.0, 1.0);
-        chooseColors(std::array{Rgb{color.red * alpha, color.green * alpha, color.blue * alpha}});
+        const auto over = [&](double part) { return std::clamp(part, 0.0, 1.0) * std::clamp(color.alpha, 0.0, 1.0); };
+        chooseColors(std::array{Rgb{over(color.red), over(color.green), over(color.blue)}});
         break;
     }
     case BackgroundType::Wallpaper:

@@ -13,42 +13,60 @@ constexpr int kCount = kSide * kSide;
 constexpr double kSpread = 1.9;
 constexpr int kReach = 8;
 
-using Field = std::array<float, kCount>;
-
-std::size_t wrapped(int x, int y) { return static_cast<std::size_t>((y & (kSide - 1)) * kSide + (x & (kSide - 1))); }
-
-/// A start without any pattern, far weaker than a point's influence.
-Field unevenField() {
-    Field field;
-    std::uint32_t state = 0x2545F491U;
-    for (float& value : field) {
-        state = state * 1664525U + 1013904223U;
-        value = static_cast<float>(state >> 8) * 1e-10F;
+/// Influence of the points so far on every place, and the least of each row, so that the least of all is found fast.
+class Field {
+public:
+    Field() {
+        // A start without any pattern, far weaker than a point's influence.
+        std::uint32_t state = 0x2545F491U;
+        for (float& value : m_values) {
+            state = state * 1664525U + 1013904223U;
+            value = static_cast<float>(state >> 8) * 1e-10F;
+        }
+        for (int y = 0; y < kSide; ++y) findLeast(y);
+        for (int dy = -kReach; dy <= kReach; ++dy)
+            for (int dx = -kReach; dx <= kReach; ++dx)
+                m_influence[index(dx + kReach, dy + kReach)] = static_cast<float>(
+                    std::exp(-(dx * dx + dy * dy) / (2 * kSpread * kSpread)));
     }
-    return field;
-}
 
-void spreadFrom(std::size_t place, Field& field) {
-    const int x = static_cast<int>(place) % kSide;
-    const int y = static_cast<int>(place) / kSide;
-    for (int dy = -kReach; dy <= kReach; ++dy)
-        for (int dx = -kReach; dx <= kReach; ++dx)
-            field[wrapped(x + dx, y + dy)] += static_cast<float>(
-                std::exp(-(dx * dx + dy * dy) / (2 * kSpread * kSpread)));
-    field[place] += 1e6F;
-}
+    /// The place with the least influence, which gets a point.
+    std::size_t fillVoid() {
+        const auto least = [&](std::size_t x) { return m_values[x]; };
+        const std::size_t place = *std::ranges::min_element(m_leastOfRow, {}, least);
+        const int x = static_cast<int>(place) % kSide;
+        const int y = static_cast<int>(place) / kSide;
+        m_values[place] = 1e6F; // taken
+        for (int dy = -kReach; dy <= kReach; ++dy) {
+            for (int dx = -kReach; dx <= kReach; ++dx)
+                m_values[index(x + dx, y + dy)] += m_influence[index(dx + kReach, dy + kReach)];
+            findLeast((y + dy) & (kSide - 1));
+        }
+        return place;
+    }
+
+private:
+    static std::size_t index(int x, int y) {
+        return static_cast<std::size_t>((y & (kSide - 1)) * kSide + (x & (kSide - 1)));
+    }
+    void findLeast(int y) {
+        const auto row = m_values.begin() + y * kSide;
+        m_leastOfRow[static_cast<std::size_t>(y)] = static_cast<std::size_t>(std::min_element(row, row + kSide) -
+                                                                             m_values.begin());
+    }
+
+    std::array<float, kCount> m_values;
+    std::array<std::size_t, kSide> m_leastOfRow{};
+    std::array<float, kCount> m_influence{};
+};
 
 } // namespace
 
 /// Each next rank goes into the largest void left by the ranks before it (R. Ulichney, "The void-and-cluster method
 /// for dither array generation", 1993).
 BlueNoise::BlueNoise() {
-    Field field = unevenField();
-    for (int rank = 0; rank < kCount; ++rank) {
-        const auto place = static_cast<std::size_t>(std::min_element(field.begin(), field.end()) - field.begin());
-        m_ranks[place] = static_cast<std::uint16_t>(rank);
-        spreadFrom(place, field);
-    }
+    Field field;
+    for (int rank = 0; rank < kCount; ++rank) m_ranks[field.fillVoid()] = static_cast<std::uint16_t>(rank);
     for (int y = 0; y < kSide; ++y)
         for (int x = 0; x < kSide + 16; ++x)
             m_thresholds[static_cast<std::size_t>(y)][static_cast<std::size_t>(x)] = static_cast<std::uint8_t>(

@@ -44,12 +44,17 @@ Canvas::~Canvas() = default;
 void Canvas::strokeCircle(double centerX, double centerY, double diameter, double lineWidth,
                           const CodableColor& color) {
     cairo_t* context = m_surface->context.get();
+    // A line wider than the circle leaves no hole.
+    const bool isDisc = lineWidth >= diameter;
     cairo_new_path(context);
-    cairo_arc(context, centerX, centerY, diameter / 2, 0, 2 * std::numbers::pi);
+    cairo_arc(context, centerX, centerY, (isDisc ? diameter + lineWidth : diameter) / 2, 0, 2 * std::numbers::pi);
     cairo_close_path(context);
     cairo_set_line_width(context, lineWidth);
     cairo_set_source_rgba(context, color.red, color.green, color.blue, color.alpha);
-    cairo_stroke(context);
+    if (isDisc)
+        cairo_fill(context);
+    else
+        cairo_stroke(context);
 }
 
 Image Canvas::image() const {

@@ -1,6 +1,5 @@
 #include "render/Compositor.h"
 
-#include <algorithm>
 #include <cassert>
 #include <optional>
 #include <utility>
@@ -15,14 +14,6 @@
 #include "render/VideoLayer.h"
 
 namespace morvelin {
-
-namespace {
-
-/// A box is drawn in strips of this width: rows of a few kilobytes stay in the processor's first cache from one layer
-/// and kernel to the next.
-constexpr int kStripWidth = 512;
-
-} // namespace
 
 struct Compositor::State {
     State(std::shared_ptr<const CompositionInstruction> wanted, std::shared_ptr<const StageImage> image)
@@ -115,12 +106,9 @@ void Compositor::State::addMaskChanges(const FramePlan& plan) {
 }
 
 void Compositor::State::draw(const PixelBox& box, const Picture& source) {
-    for (int x = box.x; x < box.right(); x += kStripWidth) {
-        const PixelBox strip{x, box.y, std::min(kStripWidth, box.right() - x), box.height};
-        stage.draw(strip, picture);
-        video.draw(source, strip, picture);
-        overlays.draw(strip, picture);
-    }
+    stage.draw(box, picture);
+    video.draw(source, box, picture);
+    overlays.draw(box, picture);
 }
 
 } // namespace morvelin

@@ -107,6 +107,11 @@ Result<fs::path, ExportError> ExportEngine::defaultOutputURL(ExportFormat format
     return folder / name;
 }
 
+Result<fs::path, ExportError> ExportEngine::targetOf(const ExportRequest& request) const {
+    if (request.output) return fs::absolute(*request.output);
+    return defaultOutputURL(request.format, request.purpose);
+}
+
 Result<ExportedFiles, ExportError> ExportEngine::exportProject(const ProjectBundle::Contents& project,
                                                                const ExportRequest& request,
                                                                const ProgressHandler& progress,
@@ -126,8 +131,7 @@ Result<ExportedFiles, ExportError> ExportEngine::exportProject(const ProjectBund
     const auto film = makeFilm(project, edit, movie, settings, request.purpose);
     if (!film) return failure(film.error());
 
-    Result<fs::path, ExportError> target = request.output ? *request.output
-                                                          : defaultOutputURL(request.format, request.purpose);
+    const auto target = targetOf(request);
     if (!target) return failure(target.error());
     auto folder = ExportFolder::create(*target, m_services.ids);
     if (!folder) return failure(folder.error());

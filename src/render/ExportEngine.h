@@ -80,6 +80,8 @@ public:
     Result<std::filesystem::path, ExportError> defaultOutputURL(ExportFormat format, ExportPurpose purpose) const;
 
 private:
+    Result<std::filesystem::path, ExportError> targetOf(const ExportRequest& request) const;
+
     Services m_services;
 };
 

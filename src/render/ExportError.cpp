@@ -56,6 +56,9 @@ ExportError ExportError::from(const FragmentCompositionError& error) {
 ExportError ExportError::from(const MovieWriterError& error, const std::filesystem::path& target) {
     if (error.kind == MovieWriterError::Kind::NoEncoder) return {Kind::NoEncoder, target, error.detail};
     if (error.code != 0) return fromErrno(error.code, target);
+    // A container that looks for its own file again tells no system error.
+    std::error_code ignored;
+    if (!std::filesystem::is_directory(target.parent_path(), ignored)) return {Kind::TargetFolderMissing, target, {}};
     return {Kind::ExportSessionFailed, target, error.detail};
 }
 

@@ -30,7 +30,7 @@ struct ExportError {
     };
 
     Kind kind = Kind::ExportSessionFailed;
-    std::filesystem::path path; ///< the target, where the sentence names it
+    std::filesystem::path path; ///< the target, absolute, where the sentence names it
     std::string detail;         ///< the cause as a whole sentence, for the log and where the sentence quotes it
 
     [[nodiscard]] std::string description() const;

@@ -56,15 +56,13 @@ void sweepDeadExports(const fs::path& folder) {
     }
 }
 
-fs::path folderOf(const fs::path& target) { return target.has_parent_path() ? target.parent_path() : fs::path("."); }
-
 } // namespace
 
 Result<ExportFolder, ExportError> ExportFolder::create(const fs::path& target, IdSource& ids) {
-    const fs::path parent = folderOf(target);
+    const fs::path parent = target.parent_path();
     std::error_code error;
     if (!fs::is_directory(parent, error))
-        return failure(ExportError{ExportError::Kind::TargetFolderMissing, fs::absolute(target, error), {}});
+        return failure(ExportError{ExportError::Kind::TargetFolderMissing, target, {}});
     if (!target.has_filename() || fs::is_directory(target, error))
         return failure(ExportError{ExportError::Kind::TargetIsFolder, target, {}});
 

@@ -13,7 +13,7 @@ namespace morvelin {
 /// is locked while its export lives; folders of exports that were killed are recognised by that and removed.
 class ExportFolder {
 public:
-    /// Checks that the target can be written, sweeps what dead exports left beside it, and makes the folder.
+    /// `target` is absolute. Checks that it can be written, sweeps what dead exports left beside it, and makes the folder.
     static Result<ExportFolder, ExportError> create(const std::filesystem::path& target, IdSource& ids);
 
     ExportFolder(ExportFolder&& other) noexcept;

@@ -44,7 +44,7 @@ MaskBlur::Kind MaskBlur::makeKind(int plane) const {
     const PhaseTable cubic = catmullRomPhases();
     const PixelSize picture = m_placement.pictureSamples(plane);
     const auto fromPicture = [&](AxisMapping mapping, int first, int count, int length) {
-        const PhaseTable phases = gaussianPhases(sigma * mapping.step);
+        const PhaseTable phases = gaussianPhases(sigma * mapping.step, mapping.step);
         return axisTaps(phases, {mapping.start + first * mapping.step, mapping.step * spacing}, -margin, count, length);
     };
     const auto fromGrid = [&](int count, int nodes) {

@@ -27,16 +27,6 @@ void add(const Tile::Pixel& pixel, float weight, Tile::Pixel& sum) {
     sum.alpha += pixel.alpha * weight;
 }
 
-/// An image with a see-through border, so that kernels find nothing beyond its edges.
-Tile borderedTile(const Image& image, int border) {
-    Tile tile({-border, -border, image.size.width + 2 * border, image.size.height + 2 * border});
-    for (int y = 0; y < image.size.height; ++y)
-        for (int x = 0; x < image.size.width; ++x)
-            tile.row(y)[x + border] = pixelOf(image.pixels.data() +
-                                              4 * (static_cast<std::ptrdiff_t>(y) * image.size.width + x));
-    return tile;
-}
-
 /// A kernel overshoots at hard outlines: no colour may be stronger than its opacity.
 Tile::Pixel limited(Tile::Pixel pixel) {
     pixel.alpha = std::clamp(pixel.alpha, 0.0F, 1.0F);
@@ -44,12 +34,30 @@ Tile::Pixel limited(Tile::Pixel pixel) {
     return pixel;
 }
 
-/// The taps of one axis of an image that is scaled to `length` pixels from `start` on.
-AxisTaps imageTaps(int samples, int border, double start, double length, int first, int count) {
-    const double step = samples / length;
-    const AxisMapping mapping{(0.5 - start) * step - 0.5 + border, step};
-    return axisTaps(catmullRomPhases(step), mapping, first, count, samples + 2 * border);
-}
+/// The taps of one axis of an image that is scaled to `length` pixels from `start` on. They begin `border` samples
+/// before the image, where nothing is.
+struct ImageTaps {
+    int border;
+    int samples;
+    AxisTaps axis;
+
+    ImageTaps(int count, double start, double length, int first, int outputs)
+        : border(2 * static_cast<int>(std::ceil(2 * std::max(count / length, 1.0))) + 2),
+          samples(count) {
+        const double step = count / length;
+        const AxisMapping mapping{(0.5 - start) * step - 0.5 + border, step};
+        axis = axisTaps(catmullRomPhases(step), mapping, first, outputs, count + 2 * border);
+    }
+
+    /// Calls `use(sample, weight)` for what makes one output.
+    template <class Use>
+    void forEach(int output, const Use& use) const {
+        const int first = axis.source[static_cast<std::size_t>(output)] - border;
+        const std::int16_t* weights = axis.weightsOf(output);
+        for (int tap = std::max(0, -first); tap < std::min(axis.taps, samples - first); ++tap)
+            use(first + tap, static_cast<float>(weights[tap]) / kWeightOne);
+    }
+};
 
 /// Colours that one sample of a plane stands for: `alpha` and the three premultiplied levels.
 struct SampleSum {
@@ -105,27 +113,20 @@ Tile scaledTile(const Image& image, const Rectangle& place, PixelSize output) {
                             output));
     if (tile.box.isEmpty()) return tile;
 
-    const int border = 2 * static_cast<int>(std::ceil(2 * std::max({stepX, stepY, 1.0}))) + 2;
-    const Tile source = borderedTile(image, border);
-    const AxisTaps across = imageTaps(image.size.width, border, place.x, place.width, tile.box.x, tile.box.width);
-    const AxisTaps down = imageTaps(image.size.height, border, place.y, place.height, tile.box.y, tile.box.height);
-    constexpr float kScale = 1.0F / kWeightOne;
-
-    Tile rows({tile.box.x, source.box.y, tile.box.width, source.box.height});
-    for (int y = rows.box.y; y < rows.box.bottom(); ++y) {
-        for (int x = 0; x < across.count; ++x) {
-            const Tile::Pixel* from = source.row(y) + across.source[static_cast<std::size_t>(x)];
-            for (int tap = 0; tap < across.taps; ++tap)
-                add(from[tap], static_cast<float>(across.weightsOf(x)[tap]) * kScale, rows.row(y)[x]);
-        }
+    const ImageTaps across(image.size.width, place.x, place.width, tile.box.x, tile.box.width);
+    const ImageTaps down(image.size.height, place.y, place.height, tile.box.y, tile.box.height);
+    Tile rows({0, 0, tile.box.width, image.size.height});
+    for (int y = 0; y < image.size.height; ++y) {
+        const std::uint8_t* from = image.pixels.data() + static_cast<std::ptrdiff_t>(y) * image.size.width * 4;
+        for (int x = 0; x < tile.box.width; ++x)
+            across.forEach(x,
+                           [&](int sample, float weight) { add(pixelOf(from + 4 * sample), weight, rows.row(y)[x]); });
     }
-    for (int y = 0; y < down.count; ++y) {
+    for (int y = 0; y < tile.box.height; ++y) {
         Tile::Pixel* to = tile.row(tile.box.y + y);
-        for (int tap = 0; tap < down.taps; ++tap) {
-            const Tile::Pixel* from = rows.row(rows.box.y + down.source[static_cast<std::size_t>(y)] + tap);
-            for (int x = 0; x < tile.box.width; ++x)
-                add(from[x], static_cast<float>(down.weightsOf(y)[tap]) * kScale, to[x]);
-        }
+        down.forEach(y, [&](int sample, float weight) {
+            for (int x = 0; x < tile.box.width; ++x) add(rows.row(sample)[x], weight, to[x]);
+        });
         std::transform(to, to + tile.box.width, to, limited);
     }
     return tile;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <span>
 #include <vector>
@@ -97,7 +98,7 @@ public:
         : m_taps(taps),
           m_source(source),
           m_scratch(scratch),
-          m_capacity(taps.y.taps + kBatch) {
+          m_capacity(static_cast<int>(std::bit_ceil(static_cast<unsigned>(taps.y.taps + kBatch)))) {
         const int left = box.x - taps.x.axis.first;
         m_firstGroup = left / RowTaps::kGroup;
         m_endGroup = (left + box.width + RowTaps::kGroup - 1) / RowTaps::kGroup;
@@ -105,6 +106,10 @@ public:
         // Column loops round the box's width up from wherever it begins.
         m_stride = (m_endGroup - m_firstGroup + 1) * RowTaps::kGroup;
         m_limit = std::min(firstRow(box.bottom() - 1) + taps.y.taps, taps.y.sourceLength);
+        constexpr auto kSampleSize = static_cast<std::ptrdiff_t>(sizeof(*source.row(0)));
+        m_firstByte = taps.x.axis.source[static_cast<std::size_t>(left)] * kSampleSize;
+        m_endByte = (taps.x.axis.source[static_cast<std::size_t>(left + box.width - 1)] + taps.x.axis.taps) *
+                    kSampleSize;
         m_scratch.rows.resize(static_cast<std::size_t>(m_stride) * static_cast<std::size_t>(m_capacity));
         m_scratch.pointers.resize(static_cast<std::size_t>(taps.y.taps));
     }
@@ -116,16 +121,17 @@ public:
         m_next = std::max(m_next, first);
         while (m_next < end) scaleBatch();
         for (int tap = 0; tap < m_taps.y.taps; ++tap)
-            m_scratch.pointers[static_cast<std::size_t>(tap)] = slot(std::min(first + tap, end - 1)) + m_skipped;
-        return {m_scratch.pointers.data(), m_taps.y.weightsOf(y - m_taps.y.first), m_taps.y.taps};
+            m_scratch.pointers[static_cast<std::size_t>(tap)] = slot(std::min(first + tap, end - 1));
+        return {m_scratch.pointers.data(), m_taps.y.weightsOf(y - m_taps.y.first), m_taps.y.taps, m_skipped};
     }
 
 private:
     static constexpr int kBatch = 4;
+    static constexpr std::ptrdiff_t kCacheLine = 64;
 
     int firstRow(int y) const { return m_taps.y.source[static_cast<std::size_t>(y - m_taps.y.first)]; }
     std::int16_t* slot(int sourceRow) {
-        return m_scratch.rows.data() + static_cast<std::ptrdiff_t>(sourceRow % m_capacity) * m_stride;
+        return m_scratch.rows.data() + static_cast<std::ptrdiff_t>(sourceRow & (m_capacity - 1)) * m_stride;
     }
 
     void scaleBatch() {
@@ -139,6 +145,16 @@ private:
         }
         scaleRows(from.data(), to.data(), count);
         m_next += count;
+        fetchAhead();
+    }
+    /// The rows of the next batch, asked for while this one's are mixed: the processor's own guess fails at each row.
+    void fetchAhead() const {
+        const int end = std::min(m_next + kBatch, m_limit);
+        for (int y = m_next; y < end; ++y) {
+            const auto* row = reinterpret_cast<const char*>(m_source.row(y));
+            for (std::ptrdiff_t byte = m_firstByte; byte < m_endByte; byte += kCacheLine)
+                __builtin_prefetch(row + byte);
+        }
     }
     void scaleRows(const std::uint8_t* const* from, std::int16_t* const* to, int count) const {
         scalingKernels().rows(m_taps.x, m_firstGroup, m_endGroup, from, to, count);
@@ -150,13 +166,15 @@ private:
     const PlaneTaps& m_taps;
     const Plane& m_source;
     ScalingScratch& m_scratch;
-    int m_capacity = 0; ///< rows that are kept
+    int m_capacity = 0; ///< rows that are kept: a power of two
     int m_firstGroup = 0;
     int m_endGroup = 0;
     int m_skipped = 0; ///< samples of the first group left of the box
     int m_stride = 0;
-    int m_limit = 0; ///< source rows from here on are not needed
-    int m_next = 0;  ///< the next source row to scale
+    int m_limit = 0;                ///< source rows from here on are not needed
+    int m_next = 0;                 ///< the next source row to scale
+    std::ptrdiff_t m_firstByte = 0; ///< of a source row, that is read
+    std::ptrdiff_t m_endByte = 0;
 };
 
 } // namespace morvelin

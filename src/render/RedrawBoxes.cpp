@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <utility>
 
 namespace morvelin {
 
@@ -9,8 +10,8 @@ namespace {
 
 /// Drawing a box costs as much as so many pixels before the first pixel is drawn.
 constexpr std::int64_t kPixelsPerBox = 1500;
-/// With more boxes than this, finding good pairs costs more than drawing.
-constexpr std::size_t kMostBoxes = 200;
+/// With more boxes than this, finding good pairs costs more than drawing all between them.
+constexpr std::size_t kMostBoxes = 512;
 
 std::int64_t cost(const PixelBox& box) { return static_cast<std::int64_t>(box.width) * box.height + kPixelsPerBox; }
 
@@ -21,19 +22,18 @@ PixelBox evenBox(const PixelBox& box, PixelSize output) {
     return even.intersected({0, 0, output.width, output.height});
 }
 
-/// Joins the first pair that is worth it; false when there is none.
-bool joinOnePair(std::vector<PixelBox>& boxes) {
-    for (std::size_t a = 0; a < boxes.size(); ++a) {
-        for (std::size_t b = a + 1; b < boxes.size(); ++b) {
-            const PixelBox both = boxes[a].united(boxes[b]);
-            if (cost(both) > cost(boxes[a]) + cost(boxes[b])) continue;
-            boxes[a] = both;
-            boxes[b] = boxes.back();
-            boxes.pop_back();
-            return true;
-        }
+bool isWorthJoining(const PixelBox& a, const PixelBox& b) { return cost(a.united(b)) <= cost(a) + cost(b); }
+
+/// Adds a box, after it has swallowed every box that it is worth joining with.
+void addJoined(PixelBox box, std::vector<PixelBox>& boxes) {
+    const auto joins = [&](const PixelBox& other) { return isWorthJoining(box, other); };
+    for (auto found = std::ranges::find_if(boxes, joins); found != boxes.end();
+         found = std::ranges::find_if(boxes, joins)) {
+        box = box.united(*found);
+        *found = boxes.back();
+        boxes.pop_back();
     }
-    return false;
+    boxes.push_back(box);
 }
 
 } // namespace
@@ -41,12 +41,14 @@ bool joinOnePair(std::vector<PixelBox>& boxes) {
 void joinRedrawBoxes(PixelSize output, std::vector<PixelBox>& boxes) {
     for (PixelBox& box : boxes) box = evenBox(box, output);
     std::erase_if(boxes, [](const PixelBox& box) { return box.isEmpty(); });
+    std::vector<PixelBox> joined;
     if (boxes.size() > kMostBoxes) {
-        PixelBox all;
-        for (const PixelBox& box : boxes) all = all.united(box);
-        boxes = {all};
+        joined.emplace_back();
+        for (const PixelBox& box : boxes) joined.front() = joined.front().united(box);
+    } else {
+        for (const PixelBox& box : boxes) addJoined(box, joined);
     }
-    while (joinOnePair(boxes)) {}
+    boxes = std::move(joined);
 }
 
 } // namespace morvelin

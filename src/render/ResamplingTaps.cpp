@@ -9,6 +9,10 @@ namespace morvelin {
 namespace {
 
 constexpr int kFinestPhases = 256;
+/// A blur at least this wide, in output or source samples, holds nothing that a kernel after it would change.
+constexpr double kNarrowSigma = 1.5;
+/// A blur this narrow changes nothing.
+constexpr double kLeastSigma = 0.01;
 /// Beyond this many deviations a Gaussian's tail is worth less than a tenth of a level.
 constexpr double kGaussianReach = 3.5;
 
@@ -29,7 +33,7 @@ double catmullRom(double x) {
 /// The wider a kernel, the less its weights change from one phase to the next.
 int phasesFor(double width) {
     int phases = kFinestPhases;
-    while (phases > 1 && phases * width > kFinestPhases) phases /= 2;
+    while (phases > 1 && phases * width > 2 * kFinestPhases) phases /= 2;
     return phases;
 }
 
@@ -61,11 +65,11 @@ PhaseTable tabulate(int phases, double reach, const Kernel& kernel) {
     return table;
 }
 
-/// A narrow blur followed by Catmull-Rom, as one kernel.
-double blurredCatmullRom(double x, double sigma) {
+/// A narrow blur followed by Lanczos, as one kernel.
+double blurredLanczos(double x, double sigma, double width) {
     double sum = 0;
     const int reach = static_cast<int>(std::ceil(kGaussianReach * sigma));
-    for (int n = -reach; n <= reach; ++n) sum += std::exp(-n * n / (2 * sigma * sigma)) * catmullRom(x - n);
+    for (int n = -reach; n <= reach; ++n) sum += std::exp(-n * n / (2 * sigma * sigma)) * lanczos3((x - n) / width);
     return sum;
 }
 
@@ -96,15 +100,15 @@ PhaseTable catmullRomPhases(double step) {
     return tabulate(phasesFor(width), 2 * width, [width](double x) { return catmullRom(x / width); });
 }
 
-PhaseTable gaussianPhases(double sigma) {
-    // From one sample of deviation on, the samples of a Gaussian interpolate as well as any cubic does.
-    if (sigma >= 1) {
-        return tabulate(phasesFor(sigma), kGaussianReach * sigma + 1,
-                        [sigma](double x) { return std::exp(-x * x / (2 * sigma * sigma)); });
+PhaseTable gaussianPhases(double sigma, double step) {
+    const double width = std::max(step, 1.0);
+    sigma = std::max(sigma, kLeastSigma);
+    if (sigma < kNarrowSigma * width) {
+        return tabulate(phasesFor(width), std::ceil(kGaussianReach * sigma) + 3 * width,
+                        [=](double x) { return blurredLanczos(x, sigma, width); });
     }
-    if (sigma < 0.05) return catmullRomPhases();
-    return tabulate(kFinestPhases, std::ceil(kGaussianReach * sigma) + 2,
-                    [sigma](double x) { return blurredCatmullRom(x, sigma); });
+    return tabulate(phasesFor(sigma), kGaussianReach * sigma + 1,
+                    [sigma](double x) { return std::exp(-x * x / (2 * sigma * sigma)); });
 }
 
 AxisTaps axisTaps(const PhaseTable& phases, AxisMapping mapping, int first, int count, int sourceLength) {
@@ -124,7 +128,7 @@ AxisTaps axisTaps(const PhaseTable& phases, AxisMapping mapping, int first, int 
         const std::int16_t* from = phases.weights.data() + static_cast<std::ptrdiff_t>(window.phase) * phases.taps;
         std::int16_t* to = result.weights.data() + entry * taps;
         result.source[entry] = begin;
-        if (begin == window.begin && result.taps == phases.taps) {
+        if (window.begin >= 0 && window.begin + phases.taps <= sourceLength) {
             std::copy_n(from, taps, to);
             continue;
         }

@@ -33,8 +33,8 @@ struct PhaseTable {
 /// Catmull-Rom's cubic, widened in the same way: for smooth pictures at half of Lanczos' cost, and for small ones with
 /// hard outlines, around which it leaves less of a halo.
 [[nodiscard]] PhaseTable catmullRomPhases(double step = 1);
-/// A Gaussian blur of `sigma` source samples, read between the samples as Catmull-Rom does.
-[[nodiscard]] PhaseTable gaussianPhases(double sigma);
+/// A Gaussian blur of `sigma` source samples, and then Lanczos.
+[[nodiscard]] PhaseTable gaussianPhases(double sigma, double step);
 
 /// For each of `count` output samples from `first` on: which source samples it is made of, and their weights. Samples
 /// past the source's ends repeat its end samples.

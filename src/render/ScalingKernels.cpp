@@ -83,7 +83,7 @@ void plainRows(const RowTaps& taps, int begin, int end, const Sample* const* sou
 
 int columnSum(const ColumnTaps& taps, int x) {
     int sum = 0;
-    for (int tap = 0; tap < taps.taps; ++tap) sum += taps.rows[tap][x] * taps.weights[tap];
+    for (int tap = 0; tap < taps.taps; ++tap) sum += taps.rows[tap][taps.first + x] * taps.weights[tap];
     return sum;
 }
 

@@ -46,7 +46,8 @@ struct SampleRange {
 struct ColumnTaps {
     const std::int16_t* const* rows = nullptr;
     const std::int16_t* weights = nullptr;
-    int taps = 0; ///< even
+    int taps = 0;  ///< even
+    int first = 0; ///< the sample of each row to begin with
 };
 
 /// Thresholds of 0..127 that repeat along a row.
@@ -58,7 +59,8 @@ struct DitherRow {
 };
 
 /// A row loop makes the samples of the groups from `begin` up to `end` and needs room for whole groups; rows that are
-/// read have 32 bytes to spare at their end. A column loop reads and writes up to the next multiple of 16 samples.
+/// read have 32 bytes to spare at their end. A column loop reads up to the next multiple of 16 samples; one for pictures writes
+/// just what it was asked for, one for deep samples as much as it reads.
 struct ScalingKernels {
     void (*rows)(const RowTaps& taps, int begin, int end, const std::uint8_t* const* source, std::int16_t* const* out,
                  int rowCount);

@@ -36,35 +36,53 @@ MORVELIN_AVX2 inline __m256i packedRow(__m256i a, __m256i b) {
     return _mm256_packs_epi32(a, b);
 }
 
-/// One group of 16 outputs in each of `Rows` rows.
-template <int Rows, class Sample>
-MORVELIN_AVX2 inline void group(const RowTaps& taps, int index, const Sample* const* source, std::int16_t* const* out,
-                                int outOffset) {
+/// What `RowTaps` holds, as the loops read it.
+struct Program {
+    const int* windows;
+    const std::uint8_t* shuffles;
+    const std::int16_t* weights;
+    int pairs;
+
+    /// Of the group `index`.
+    Program(const RowTaps& taps, int index)
+        : windows(taps.windows.data() + static_cast<std::ptrdiff_t>(index) * 4),
+          shuffles(taps.shuffles.data() + static_cast<std::ptrdiff_t>(index) * 64),
+          weights(taps.pairWeights.data() + static_cast<std::ptrdiff_t>(index) * taps.axis.taps * 16),
+          pairs(taps.axis.taps / 2) {}
+
+    void advance() {
+        windows += 4;
+        shuffles += 64;
+        weights += static_cast<std::ptrdiff_t>(pairs) * 32;
+    }
+};
+
+/// One group of 16 outputs in each of `Rows` rows; `Pairs` of taps, or as many as there are with 0.
+template <int Rows, int Pairs, class Sample>
+MORVELIN_AVX2 inline void group(const Program& program, const Sample* const* source, std::int16_t* const* out,
+                                std::ptrdiff_t outOffset) {
     // The next pair of samples lies two samples further in the window.
     const __m256i advance = sizeof(Sample) == 1 ? _mm256_set1_epi32(0x00020002) : _mm256_set1_epi32(0x04040404);
-    const int pairs = taps.axis.taps / 2;
-    const int* windows = taps.windows.data() + static_cast<std::ptrdiff_t>(index) * 4;
-    const std::uint8_t* shuffles = taps.shuffles.data() + static_cast<std::ptrdiff_t>(index) * 64;
-    const std::int16_t* weights = taps.pairWeights.data() + static_cast<std::ptrdiff_t>(index) * pairs * 32;
-    __m256i shuffleA = load(shuffles);
-    __m256i shuffleB = load(shuffles + 32);
+    const int pairs = Pairs > 0 ? Pairs : program.pairs;
+    __m256i shuffleA = load(program.shuffles);
+    __m256i shuffleB = load(program.shuffles + 32);
     __m256i windowA[Rows];
     __m256i windowB[Rows];
     __m256i sumA[Rows];
     __m256i sumB[Rows];
     for (int row = 0; row < Rows; ++row) {
-        windowA[row] = windowPair(source[row], windows);
-        windowB[row] = windowPair(source[row], windows + 2);
+        windowA[row] = windowPair(source[row], program.windows);
+        windowB[row] = windowPair(source[row], program.windows + 2);
         sumA[row] = sumB[row] = _mm256_setzero_si256();
     }
-    for (int pair = 0; pair < pairs; ++pair, weights += 32) {
-        const __m256i weightsA = load(weights);
-        const __m256i weightsB = load(weights + 16);
+    for (int pair = 0; pair < pairs; ++pair) {
+        const __m256i weightsA = load(program.weights + pair * 32);
+        const __m256i weightsB = load(program.weights + pair * 32 + 16);
         for (int row = 0; row < Rows; ++row) {
-            sumA[row] = _mm256_add_epi32(sumA[row],
-                                         _mm256_madd_epi16(_mm256_shuffle_epi8(windowA[row], shuffleA), weightsA));
-            sumB[row] = _mm256_add_epi32(sumB[row],
-                                         _mm256_madd_epi16(_mm256_shuffle_epi8(windowB[row], shuffleB), weightsB));
+            const __m256i a = _mm256_madd_epi16(_mm256_shuffle_epi8(windowA[row], shuffleA), weightsA);
+            const __m256i b = _mm256_madd_epi16(_mm256_shuffle_epi8(windowB[row], shuffleB), weightsB);
+            sumA[row] = _mm256_add_epi32(sumA[row], a);
+            sumB[row] = _mm256_add_epi32(sumB[row], b);
         }
         shuffleA = _mm256_add_epi8(shuffleA, advance);
         shuffleB = _mm256_add_epi8(shuffleB, advance);
@@ -72,16 +90,36 @@ MORVELIN_AVX2 inline void group(const RowTaps& taps, int index, const Sample* co
     for (int row = 0; row < Rows; ++row) store(out[row] + outOffset, packedRow<Sample>(sumA[row], sumB[row]));
 }
 
+template <int Rows, int Pairs, class Sample>
+MORVELIN_AVX2 void groupsOf(const RowTaps& taps, int begin, int end, const Sample* const* source,
+                            std::int16_t* const* out) {
+    // Copies: as far as the compiler knows, storing a vector may change what the arguments point to.
+    const Sample* from[Rows];
+    std::int16_t* to[Rows];
+    std::copy_n(source, Rows, from);
+    std::copy_n(out, Rows, to);
+    Program program(taps, begin);
+    for (int index = begin; index < end; ++index, program.advance())
+        group<Rows, Pairs>(program, from, to, static_cast<std::ptrdiff_t>(index - begin) * RowTaps::kGroup);
+}
+
+template <int Rows, class Sample>
+void groups(const RowTaps& taps, int begin, int end, const Sample* const* source, std::int16_t* const* out) {
+    switch (taps.axis.taps) {
+    case 4: groupsOf<Rows, 2>(taps, begin, end, source, out); break;
+    case 6: groupsOf<Rows, 3>(taps, begin, end, source, out); break;
+    case 8: groupsOf<Rows, 4>(taps, begin, end, source, out); break;
+    default: groupsOf<Rows, 0>(taps, begin, end, source, out); break;
+    }
+}
+
 template <class Sample>
-MORVELIN_AVX2 void windowedRows(const RowTaps& taps, int begin, int end, const Sample* const* source,
-                                std::int16_t* const* out, int rowCount) {
+void windowedRows(const RowTaps& taps, int begin, int end, const Sample* const* source, std::int16_t* const* out,
+                  int rowCount) {
     int row = 0;
     for (; row + kRowsAtOnce <= rowCount; row += kRowsAtOnce)
-        for (int index = begin; index < end; ++index)
-            group<kRowsAtOnce>(taps, index, source + row, out + row, (index - begin) * RowTaps::kGroup);
-    for (; row < rowCount; ++row)
-        for (int index = begin; index < end; ++index)
-            group<1>(taps, index, source + row, out + row, (index - begin) * RowTaps::kGroup);
+        groups<kRowsAtOnce>(taps, begin, end, source + row, out + row);
+    for (; row < rowCount; ++row) groups<1>(taps, begin, end, source + row, out + row);
 }
 
 MORVELIN_AVX2 inline int sumOf(__m256i values) {
@@ -129,25 +167,61 @@ void deepRows(const RowTaps& taps, int begin, int end, const std::int16_t* const
         plainScalingKernels().deepRows(taps, begin, end, source, out, rowCount);
 }
 
+/// `ColumnTaps` of at most `Most` rows as the loops read it: as far as the compiler knows, storing a vector may change
+/// what the arguments point to.
+template <int Most>
+struct ColumnProgram {
+    const std::int16_t* rows[Most];
+    __m256i weights[Most / 2];
+
+    MORVELIN_AVX2 explicit ColumnProgram(const ColumnTaps& taps) {
+        for (int tap = 0; tap < Most; tap += 2) {
+            int pair = 0;
+            std::memcpy(&pair, taps.weights + tap, sizeof(pair));
+            rows[tap] = taps.rows[tap] + taps.first;
+            rows[tap + 1] = taps.rows[tap + 1] + taps.first;
+            weights[tap / 2] = _mm256_set1_epi32(pair);
+        }
+    }
+};
+
+/// Any number of rows.
+template <>
+struct ColumnProgram<0> {
+    const ColumnTaps& taps;
+};
+
 /// Sums of 16 columns; each vector lane's first four samples in `low`, its last four in `high`.
 struct Columns {
     __m256i low;
     __m256i high;
 };
 
+MORVELIN_AVX2 inline void addPair(const std::int16_t* first, const std::int16_t* second, __m256i weights,
+                                  Columns& sums) {
+    const __m256i a = load(first);
+    const __m256i b = load(second);
+    sums.low = _mm256_add_epi32(sums.low, _mm256_madd_epi16(_mm256_unpacklo_epi16(a, b), weights));
+    sums.high = _mm256_add_epi32(sums.high, _mm256_madd_epi16(_mm256_unpackhi_epi16(a, b), weights));
+}
+
 template <int Taps>
-MORVELIN_AVX2 inline Columns columnSums(const ColumnTaps& taps, int x, __m256i low, __m256i high) {
-    const int count = Taps > 0 ? Taps : taps.taps;
-    for (int tap = 0; tap < count; tap += 2) {
+MORVELIN_AVX2 inline Columns columnSums(const ColumnProgram<Taps>& program, int x, Columns sums) {
+    for (int tap = 0; tap < Taps; tap += 2)
+        addPair(program.rows[tap] + x, program.rows[tap + 1] + x, program.weights[tap / 2], sums);
+    return sums;
+}
+
+template <>
+MORVELIN_AVX2 inline Columns columnSums(const ColumnProgram<0>& program, int x, Columns sums) {
+    const ColumnTaps& taps = program.taps;
+    for (int tap = 0; tap < taps.taps; tap += 2) {
         int pair = 0;
         std::memcpy(&pair, taps.weights + tap, sizeof(pair));
-        const __m256i weights = _mm256_set1_epi32(pair);
-        const __m256i a = load(taps.rows[tap] + x);
-        const __m256i b = load(taps.rows[tap + 1] + x);
-        low = _mm256_add_epi32(low, _mm256_madd_epi16(_mm256_unpacklo_epi16(a, b), weights));
-        high = _mm256_add_epi32(high, _mm256_madd_epi16(_mm256_unpackhi_epi16(a, b), weights));
+        const int from = taps.first + x;
+        addPair(taps.rows[tap] + from, taps.rows[tap + 1] + from, _mm256_set1_epi32(pair), sums);
     }
-    return {low, high};
+    return sums;
 }
 
 MORVELIN_AVX2 inline __m256i packed(const Columns& sums, int shift) {
@@ -160,16 +234,32 @@ MORVELIN_AVX2 inline __m128i bytesOf(__m256i values) {
     return _mm_packus_epi16(_mm256_castsi256_si128(values), _mm256_extracti128_si256(values, 1));
 }
 
+MORVELIN_AVX2 inline void storeBytes(std::uint8_t* to, __m128i bytes) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(to), bytes);
+}
+
+/// Calls `bytesAt(x)` for every 16 columns, and stores no more than `count` samples.
+template <class BytesAt>
+MORVELIN_AVX2 inline void storeColumns(int count, std::uint8_t* out, const BytesAt& bytesAt) {
+    int x = 0;
+    for (; x + 16 <= count; x += 16) storeBytes(out + x, bytesAt(x));
+    if (x == count) return;
+    std::uint8_t last[16];
+    storeBytes(last, bytesAt(x));
+    std::memcpy(out + x, last, static_cast<std::size_t>(count - x));
+}
+
 template <int Taps>
 MORVELIN_AVX2 void columnsOf(const ColumnTaps& taps, int count, SampleRange range, std::uint8_t* out) {
     constexpr int kShift = kWeightBits + kRowBits;
     const __m256i rounding = _mm256_set1_epi32(1 << (kShift - 1));
     const __m128i lowest = _mm_set1_epi8(static_cast<char>(range.low));
     const __m128i highest = _mm_set1_epi8(static_cast<char>(range.high));
-    for (int x = 0; x < count; x += 16) {
-        const __m128i bytes = bytesOf(packed(columnSums<Taps>(taps, x, rounding, rounding), kShift));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + x), _mm_min_epu8(_mm_max_epu8(bytes, lowest), highest));
-    }
+    const ColumnProgram<Taps> program{taps};
+    storeColumns(count, out, [&](int x) MORVELIN_AVX2 {
+        const __m128i bytes = bytesOf(packed(columnSums<Taps>(program, x, {rounding, rounding}), kShift));
+        return _mm_min_epu8(_mm_max_epu8(bytes, lowest), highest);
+    });
 }
 
 void columns(const ColumnTaps& taps, int count, SampleRange range, std::uint8_t* out) {
@@ -181,27 +271,31 @@ void columns(const ColumnTaps& taps, int count, SampleRange range, std::uint8_t*
 }
 
 template <int Taps>
-MORVELIN_AVX2 void ditheredColumnsOf(const ColumnTaps& taps, int count, DitherRow row, std::uint8_t* out) {
+MORVELIN_AVX2 void ditheredColumnsOf(const ColumnTaps& taps, int count, DitherRow dither, std::uint8_t* out) {
     const __m256i zero = _mm256_setzero_si256();
-    for (int x = 0; x < count; x += 16) {
-        const std::uint8_t* thresholds = row.thresholds + (row.phase + x) % DitherRow::kPeriod;
-        const __m256i dither = _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(thresholds)));
-        const __m256i low = _mm256_slli_epi32(_mm256_unpacklo_epi16(dither, zero), kWeightBits);
-        const __m256i high = _mm256_slli_epi32(_mm256_unpackhi_epi16(dither, zero), kWeightBits);
-        const Columns sums = columnSums<Taps>(taps, x, low, high);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + x), bytesOf(packed(sums, kWeightBits + kDeepBits)));
-    }
+    const ColumnProgram<Taps> program{taps};
+    storeColumns(count, out, [&](int x) MORVELIN_AVX2 {
+        const std::uint8_t* thresholds = dither.thresholds + (dither.phase + x) % DitherRow::kPeriod;
+        const __m256i wide = _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(thresholds)));
+        const Columns start{_mm256_slli_epi32(_mm256_unpacklo_epi16(wide, zero), kWeightBits),
+                            _mm256_slli_epi32(_mm256_unpackhi_epi16(wide, zero), kWeightBits)};
+        return bytesOf(packed(columnSums<Taps>(program, x, start), kWeightBits + kDeepBits));
+    });
 }
 
 void ditheredColumns(const ColumnTaps& taps, int count, DitherRow dither, std::uint8_t* out) {
-    if (taps.taps == 4) ditheredColumnsOf<4>(taps, count, dither, out);
-    else ditheredColumnsOf<0>(taps, count, dither, out);
+    switch (taps.taps) {
+    case 2: ditheredColumnsOf<2>(taps, count, dither, out); break;
+    case 4: ditheredColumnsOf<4>(taps, count, dither, out); break;
+    default: ditheredColumnsOf<0>(taps, count, dither, out); break;
+    }
 }
 
 MORVELIN_AVX2 void deepColumns(const ColumnTaps& taps, int count, int rowBits, std::int16_t* out) {
     const int shift = kWeightBits + rowBits - kDeepBits;
     const __m256i rounding = _mm256_set1_epi32(1 << (shift - 1));
-    for (int x = 0; x < count; x += 16) store(out + x, packed(columnSums<0>(taps, x, rounding, rounding), shift));
+    const ColumnProgram<0> program{taps};
+    for (int x = 0; x < count; x += 16) store(out + x, packed(columnSums<0>(program, x, {rounding, rounding}), shift));
 }
 
 } // namespace

@@ -15,8 +15,8 @@ namespace {
 constexpr int kDeepOne = 1 << kDeepBits;
 /// Black in deep samples, for each plane.
 constexpr std::array<int, 3> kBlack = {16 * kDeepOne, 128 * kDeepOne, 128 * kDeepOne};
-/// The grain is a tile of greys laid over the background at this opacity: a level and a bit of rustle.
-constexpr double kGrainAlpha = 0.018;
+/// The grain is a tile of greys laid over the background at this opacity, of 32768: a level and a bit of rustle.
+constexpr int kGrainAlpha = 590;
 /// Smooth colours are worked out at so many places along the longer side.
 constexpr double kColorNodes = 160;
 constexpr int kMargin = 2;
@@ -93,41 +93,54 @@ void paintColors(const BackgroundArt& art, PixelSize size, Subsampling subsampli
     }
 }
 
+/// How much of what a plane's sample stands for lies inside a figure: a pixel, or the pixels around a chroma sample.
+double sampleCoverage(const ArtShape& shape, const PlaneGrid& grid, int x, int y) {
+    if (grid.divisor == 1) return shape.coverage(x + 0.5, y + 0.5, 1);
+    double sum = 0;
+    for (int row = 0; row < 2; ++row)
+        for (int column = -1; column <= 1; ++column)
+            sum += (column == 0 ? 2 : 1) * shape.coverage(2 * x + column + 0.5, 2 * y + row + 0.5, 1);
+    return sum / 8;
+}
+
 void paintShape(const ArtShape& shape, Subsampling subsampling, Planes& planes) {
     const auto top = levels(yccFromRgb(shape.top));
     const auto bottom = levels(yccFromRgb(shape.bottom));
+    const PixelBox output{0, 0, planes[0].width(), planes[0].height()};
     for (int p = 0; p < 3; ++p) {
         const auto index = static_cast<std::size_t>(p);
-        DeepPlane& plane = planes[index];
         const PlaneGrid grid = planeGrid(p, subsampling);
-        const PixelBox box = planeBox(shape.bounds().intersected({0, 0, 1 << 20, 1 << 20}), grid)
-                                 .intersected({0, 0, plane.width(), plane.height()});
+        const PixelBox box = planeBox(shape.bounds().intersected(output), grid);
         for (int y = box.y; y < box.bottom(); ++y) {
+            std::int16_t* row = planes[index].row(y);
             for (int x = box.x; x < box.right(); ++x) {
-                const double px = grid.x.origin + x * grid.x.step;
-                const double py = grid.y.origin + y * grid.y.step;
-                const double fill = shape.fillPosition(px, py);
-                const double alpha = shape.coverage(px, py, grid.divisor) *
+                const double fill = shape.fillPosition(grid.x.origin + x * grid.x.step,
+                                                       grid.y.origin + y * grid.y.step);
+                const double alpha = sampleCoverage(shape, grid, x, y) *
                                      std::lerp(shape.topAlpha, shape.bottomAlpha, fill);
-                const double below = plane.row(y)[x];
                 const double above = std::lerp(top[index], bottom[index], fill) * kDeepOne;
-                plane.row(y)[x] = static_cast<std::int16_t>(std::lround(std::lerp(below, above, alpha)));
+                row[x] = static_cast<std::int16_t>(std::lround(std::lerp(static_cast<double>(row[x]), above, alpha)));
             }
         }
     }
 }
 
+/// A sample after another at an opacity of 32768 has been laid over it.
+std::int16_t laidOver(int below, int above, int opacity) {
+    return static_cast<std::int16_t>(below + (((above - below) * opacity + (1 << 14)) >> 15));
+}
+
 void layGrain(Planes& planes) {
-    const BlueNoise& noise = BlueNoise::tile();
-    constexpr double kGreys = BlueNoise::kSide * BlueNoise::kSide - 1;
+    constexpr int kLastRank = BlueNoise::kSide * BlueNoise::kSide - 1;
     for (std::size_t p = 0; p < 3; ++p) {
         for (int y = 0; y < planes[p].height(); ++y) {
+            std::array<int, BlueNoise::kSide> greys{};
+            for (int x = 0; x < BlueNoise::kSide; ++x)
+                greys[static_cast<std::size_t>(x)] =
+                    p == 0 ? kBlack[0] + 219 * kDeepOne * BlueNoise::tile().rank(x, y) / kLastRank : kBlack[p];
             std::int16_t* row = planes[p].row(y);
-            for (int x = 0; x < planes[p].width(); ++x) {
-                const double grey = p == 0 ? 16 + 219 * noise.rank(x, y) / kGreys : 128;
-                row[x] = static_cast<std::int16_t>(
-                    std::lround(std::lerp(static_cast<double>(row[x]), grey * kDeepOne, kGrainAlpha)));
-            }
+            for (int x = 0; x < planes[p].width(); ++x)
+                row[x] = laidOver(row[x], greys[static_cast<std::size_t>(x % BlueNoise::kSide)], kGrainAlpha);
         }
     }
 }
@@ -167,11 +180,8 @@ void StageImage::castShadow(const CompositionInstruction& instruction) {
         const PlaneTaps taps = field.taps(planeGrid(p, m_subsampling), plane.width(), plane.height());
         magnify(field.nodes(), taps, plane, [&](int y, const std::int16_t* opacity) {
             std::int16_t* row = plane.row(y);
-            for (int x = 0; x < plane.width(); ++x) {
-                const int toBlack = (kBlack[index] - row[x]) * std::max<int>(opacity[x], 0);
-                row[x] = static_cast<std::int16_t>(row[x] +
-                                                   (toBlack + ShadowField::kOpaque / 2) / ShadowField::kOpaque);
-            }
+            for (int x = 0; x < plane.width(); ++x)
+                row[x] = laidOver(row[x], kBlack[index], std::max<int>(opacity[x], 0));
         });
     }
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <utility>
 
 #include "render/BlueNoise.h"
@@ -91,15 +90,14 @@ void StageLayer::drawPart(const PixelBox& box, Picture& out) {
     for (int p = 0; p < 3; ++p) {
         const DeepPlane& samples = m_image->plane(p, shadow);
         const PixelBox part = planeBox(box, planeGrid(p, m_image->subsampling()));
-        m_row.resize(static_cast<std::size_t>(part.width + RowTaps::kGroup));
         const auto drawRow = [&](int y, const ColumnTaps& rows) {
-            scalingKernels().ditheredColumns(rows, part.width, noise.ditherRow(part.x, y), m_row.data());
-            std::memcpy(out.plane(p).row(y) + part.x, m_row.data(), static_cast<std::size_t>(part.width));
+            scalingKernels().ditheredColumns(rows, part.width, noise.ditherRow(part.x, y),
+                                             out.plane(p).row(y) + part.x);
         };
         if (standsStill(m_stage.camera)) {
             for (int y = part.y; y < part.bottom(); ++y) {
                 const std::int16_t* const rows[] = {samples.row(y) + part.x, samples.row(y) + part.x};
-                drawRow(y, {rows, kAsItIs, 2});
+                drawRow(y, {rows, kAsItIs, 2, 0});
             }
         } else {
             RowScaler<DeepPlane> scaler(m_taps[kindOf(p)], samples, part, m_scratch);

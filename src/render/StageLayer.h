@@ -32,7 +32,6 @@ private:
     PhaseTable m_phases;
     std::array<PlaneTaps, 2> m_taps; ///< luma, chroma; empty while the camera shows the stage as it is
     ScalingScratch m_scratch;
-    std::vector<std::uint8_t> m_row;
 };
 
 /// The parts of `box` that the picture doesn't wholly cover, as boxes that don't overlap; at even coordinates, and with

@@ -72,14 +72,32 @@ void VideoLayer::draw(const Picture& picture, const PixelBox& box, Picture& out)
 
 void VideoLayer::drawPlane(int plane, const PlaneView<const std::uint8_t>& picture, const PixelBox& box, Picture& out) {
     for (MaskBlur& mask : m_masks) mask.blur(plane, picture, box);
-    m_row.resize(static_cast<std::size_t>(box.width + RowTaps::kGroup));
+    m_row.resize(static_cast<std::size_t>(box.width));
+    Coverage& coverage = m_coverage[kindOf(plane)];
     RowScaler scaler(m_taps[kindOf(plane)], picture, box, m_scratch);
     for (int y = box.y; y < box.bottom(); ++y) {
-        scalingKernels().columns(scaler.row(y), box.width, sampleRange(plane), m_row.data());
-        for (MaskBlur& mask : m_masks) mask.layOver(y, m_row.data());
-        blendCovered(m_coverage[kindOf(plane)].row(y), box.x, box.right(), m_row.data(),
-                     out.plane(plane).row(y) + box.x);
+        const CoverageRow& covered = coverage.row(y);
+        ColumnTaps rows = scaler.row(y);
+        std::uint8_t* to = out.plane(plane).row(y) + box.x;
+        // What the picture wholly hides is written at once; only edges and masks are mixed.
+        const bool isPlain = m_masks.empty() && covered.innerWeight == kCovered;
+        const int innerBegin = isPlain ? std::clamp(covered.innerBegin, box.x, box.right()) : box.right();
+        const int innerEnd = isPlain ? std::clamp(covered.innerEnd, innerBegin, box.right()) : box.right();
+        mixSamples(plane, rows, covered, {box.x, y, innerBegin - box.x, 1}, to);
+        rows.first += innerBegin - box.x;
+        scalingKernels().columns(rows, innerEnd - innerBegin, sampleRange(plane), to + (innerBegin - box.x));
+        rows.first += innerEnd - innerBegin;
+        mixSamples(plane, rows, covered, {innerEnd, y, box.right() - innerEnd, 1}, to + (innerEnd - box.x));
     }
+}
+
+/// Lays a run of one row over what is there, as far as the picture covers it.
+void VideoLayer::mixSamples(int plane, const ColumnTaps& rows, const CoverageRow& covered, const PixelBox& run,
+                            std::uint8_t* to) {
+    if (run.isEmpty()) return;
+    scalingKernels().columns(rows, run.width, sampleRange(plane), m_row.data());
+    for (MaskBlur& mask : m_masks) mask.layOver(run.y, m_row.data());
+    blendCovered(covered, run.x, run.right(), m_row.data(), to);
 }
 
 void VideoLayer::addReach(const PixelBox& box, std::vector<PixelBox>& boxes) const {

@@ -32,6 +32,8 @@ public:
 private:
     void prepareTaps(int plane);
     void drawPlane(int plane, const PlaneView<const std::uint8_t>& picture, const PixelBox& box, Picture& out);
+    void mixSamples(int plane, const ColumnTaps& rows, const CoverageRow& covered, const PixelBox& run,
+                    std::uint8_t* to);
     const PhaseTable& phasesFor(double step);
 
     /// A kernel's table and the step that it was made for.

@@ -69,7 +69,7 @@ Result<void, BundleError> writeFirstVersions(const FinishedTake& take, const fs:
 std::string recordingName(Date startedAt) { return "Recording " + startedAt.localDateAndTime(); }
 
 Result<fs::path, BundleError> createBundle(const FinishedTake& take, const Services& services) {
-    const fs::path bundleURL = freeBundleURL(take.movie.parent_path(), take.movie.stem().string(), {});
+    fs::path bundleURL = freeBundleURL(take.movie.parent_path(), take.movie.stem().string(), {});
     if (auto error = makeOwnFolder(bundleURL)) return failure(BundleError(std::move(*error)));
     NewFolder folder(bundleURL);
     if (auto made = createFolder(bundleURL / kVersionsFolder); !made) return passOn(std::move(made));

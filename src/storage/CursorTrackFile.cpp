@@ -41,7 +41,6 @@ public:
 
 private:
     static constexpr unsigned kHasTimestamp = 1, kHasX = 2, kHasY = 4, kHasEvent = 8, kHasAll = 15;
-
     static constexpr std::size_t kEnd = std::string::npos;
 
     /// The next place where one sample ends and another begins. In a text that this reader accepts no string can look
@@ -119,8 +118,8 @@ private:
     }
 
     static std::string_view withoutSpaceBehind(std::string_view token) {
-        while (!token.empty() && token.back() <= ' ') token.remove_suffix(1);
-        return token;
+        const std::size_t last = token.find_last_not_of(" \t\r\n");
+        return token.substr(0, last == kEnd ? 0 : last + 1);
     }
 
     /// JSON is stricter than C++ where a number begins: digits before the point and behind it, and no 0 before others.
@@ -137,7 +136,7 @@ private:
         ondemand::raw_json_string text;
         if (value.get_raw_json_string().get(text)) return false;
         for (const auto& [each, raw] : rawValues(std::type_identity<E>{})) {
-            if (!text.unsafe_is_equal(raw.data())) continue;
+            if (!text.unsafe_is_equal(raw)) continue;
             result = each;
             return true;
         }

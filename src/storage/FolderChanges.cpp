@@ -1,5 +1,7 @@
 #include "storage/FolderChanges.h"
 
+#include <ranges>
+
 #include "core/base/Files.h"
 #include "storage/BundleFiles.h"
 
@@ -17,13 +19,13 @@ void FolderChanges::remember(const fs::path& path) {
 }
 
 FolderChanges::~FolderChanges() {
-    for (auto before = m_before.rbegin(); before != m_before.rend(); ++before) {
-        if (before->content) {
-            (void)writeFileAtomically(before->path, *before->content);
+    for (const Before& before : std::views::reverse(m_before)) {
+        if (before.content) {
+            (void)writeFileAtomically(before.path, *before.content);
         } else {
             // Takes a folder only when it is empty again: something of another program's may have come into it.
             std::error_code ignored;
-            fs::remove(before->path, ignored);
+            fs::remove(before.path, ignored);
         }
     }
 }

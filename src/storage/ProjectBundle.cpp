@@ -97,7 +97,7 @@ Result<fs::path, BundleError> renameBundle(const fs::path& bundleURL, const std:
     if (auto written = writeCapture(*capture, bundleURL); !written) return passOn(std::move(written));
 
     const fs::path present = normalized(bundleURL);
-    const fs::path target = freeBundleURL(present.parent_path(), folderName(name), present);
+    fs::path target = freeBundleURL(present.parent_path(), folderName(name), present);
     if (target == present) return bundleURL;
     if (auto moved = moveItem(present, target); !moved) {
         (void)writeFileAtomically(captureFile, *before);

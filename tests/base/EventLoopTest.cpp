@@ -183,6 +183,10 @@ TEST(GLibLoop, EndsAtOnceWhenItsQuitCameFirst) {
     GLibEventLoop loop;
     loop.quit();
     loop.run();
+    // What a loop had posted when it went must not touch it when the next one runs.
+    { GLibEventLoop().quit(); }
+    loop.quit();
+    loop.run();
 }
 
 TEST(GLibLoop, HearsSignalsAndReadableDescriptors) {

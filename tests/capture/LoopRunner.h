@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <optional>
+#include <utility>
 
 #include "core/base/GLibEventLoop.h"
 
@@ -11,11 +12,16 @@ namespace morvelin {
 /// Runs the loop until `isDone`, asked every millisecond, or the limit. True when it was done.
 inline bool runUntil(GLibEventLoop& loop, const std::function<bool()>& isDone, Seconds limit = Seconds(20)) {
     bool done = false;
+    bool hasEnded = false;
+    // One `quit` for each `run`: a second one would end the next run.
+    const auto end = [&] {
+        if (!std::exchange(hasEnded, true)) loop.quit();
+    };
     const auto asking = loop.every(Seconds(0.001), [&] {
-        done = isDone();
-        if (done) loop.quit();
+        done = done || isDone();
+        if (done) end();
     });
-    const auto limiting = loop.after(limit, [&] { loop.quit(); });
+    const auto limiting = loop.after(limit, end);
     loop.run();
     return done;
 }

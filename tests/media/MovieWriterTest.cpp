@@ -6,6 +6,7 @@
 #include <csignal>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <set>
 
 #include <sys/resource.h>
@@ -45,8 +46,8 @@ MovieSettings exportSettings(const std::filesystem::path& path) {
     return settings;
 }
 
-std::unique_ptr<MovieWriter> startMovie(const MovieSettings& settings) {
-    auto writer = FFmpegMovieWriterFactory({.threads = 1}).create(settings);
+std::unique_ptr<MovieWriter> startMovie(const MovieSettings& settings, int threads = 1) {
+    auto writer = FFmpegMovieWriterFactory({.threads = threads}).create(settings);
     EXPECT_TRUE(writer) << writer.error().description();
     return std::move(*writer);
 }
@@ -155,7 +156,7 @@ TEST(MovieWriter, ExportHasExactTimesKeyFramesEveryTwoSecondsAndTheSameBytesAgai
     std::array<std::string, 2> bytes;
     for (std::string& copy : bytes) {
         const auto path = folder.path() / "export.mp4";
-        const auto writer = startMovie(exportSettings(path));
+        const auto writer = startMovie(exportSettings(path), 2);
         NumberedFrames frames;
         for (int index = 0; index < 300; ++index) ASSERT_TRUE(frames.append(*writer, index / 60.0));
         ASSERT_TRUE(writer->finish(5_s));
@@ -193,9 +194,11 @@ TEST(MovieWriter, SaysItsColoursInTheContainer) {
 TEST(MovieWriter, MapOfUnchangedBlocksLosesNoChange) {
     // Small boxes anywhere change a detailed picture, with frames in between in which nothing does; now and then all.
     const TemporaryFolder folder;
-    for (const MovieSettings& settings :
-         {takeSettings(folder.path() / "a.mov"), exportSettings(folder.path() / "b.mp4")}) {
-        const auto writer = startMovie(settings);
+    for (const auto& [settings, threads] :
+         {std::pair{takeSettings(folder.path() / "a.mov"), 1}, std::pair{takeSettings(folder.path() / "b.mov"), 3},
+          std::pair{exportSettings(folder.path() / "c.mp4"), 1},
+          std::pair{exportSettings(folder.path() / "d.mp4"), 3}}) {
+        const auto writer = startMovie(settings, threads);
         std::vector<Picture> drawn;
         Picture picture = detailedPicture(kTestSize);
         std::uint32_t seed = 7;
@@ -230,6 +233,33 @@ TEST(MovieWriter, MapOfUnchangedBlocksLosesNoChange) {
             EXPECT_LT(coded.largest, 60) << index << ": a box was left behind";
         }
     }
+}
+
+TEST(MovieWriter, HoldsItsBitRateWhateverTheScreenShows) {
+    // Noise all over, 60 times a second: the most that a screen can ask for. Then a still minute, and noise again: the
+    // quiet time gives no credit.
+    const TemporaryFolder folder;
+    MovieSettings settings = takeSettings(folder.path() / "take.mov");
+    settings.bitRate = 6'000'000;
+    const auto writer = startMovie(settings);
+    Picture picture(kTestSize, Subsampling::Quarter);
+    std::mt19937 random(9);
+    std::int64_t bytesBefore = 0;
+    for (const double start : {0.0, 65.0}) {
+        for (int index = 0; index < 300; ++index) {
+            for (int plane = 0; plane < 3; ++plane)
+                for (int y = 0; y < picture.plane(plane).height; ++y)
+                    for (int x = 0; x < picture.plane(plane).width; ++x)
+                        picture.plane(plane).row(y)[x] = static_cast<std::uint8_t>(64 + (random() & 127));
+            ASSERT_TRUE(writer->append(picture, Seconds(start + index / 60.0), std::array{whole(picture)}));
+        }
+        ASSERT_TRUE(writer->flush());
+        const double rate = static_cast<double>(writer->bytesWritten() - bytesBefore) * 8 / 5;
+        EXPECT_LT(rate, 1.45 * 6'000'000);
+        EXPECT_GT(rate, 0.9 * 6'000'000) << "what is allowed is used";
+        bytesBefore = writer->bytesWritten();
+    }
+    ASSERT_TRUE(writer->finish(70_s));
 }
 
 TEST(MovieWriter, KilledTakePlaysToItsLastFlushedFrame) {

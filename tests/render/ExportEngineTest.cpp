@@ -36,7 +36,8 @@ protected:
     ExportActivity m_activity;
     std::vector<std::string> m_log;
     ExportEngine m_engine{{m_readers, m_writers, m_activity, m_ids, m_clock,
-                           [this](std::string_view line) { m_log.emplace_back(line); }, m_folder.path() / "home", "1.2.3"}};
+                           [this](std::string_view line) { m_log.emplace_back(line); }, m_folder.path() / "home",
+                           "1.2.3"}};
 };
 
 TEST_F(ExportEngineTest, ShowsEveryMomentOfTheEditAtItsTime) {
@@ -84,7 +85,8 @@ TEST_F(ExportEngineTest, TheProjectsStyleIsDrawn) {
     edit.zoomKeyframes = {{m_ids.next(), EditTime(0), 0_s, 1, ZoomTransitionType::Smooth, false},
                           {m_ids.next(), EditTime(0.1), 0.3_s, 2, ZoomTransitionType::Smooth, false}};
     edit.positionKeyframes = {{m_ids.next(), EditTime(0.4), 0.5, 0.5, 0.5, 0.5, {}, false}};
-    for (int i = 0; i <= 30; ++i) project.cursorEvents.push_back({SourceTime(i / 30.0), 0.5, 0.5, CursorEventType::Move, {}, {}});
+    for (int i = 0; i <= 30; ++i)
+        project.cursorEvents.push_back({SourceTime(i / 30.0), 0.5, 0.5, CursorEventType::Move, {}, {}});
 
     ASSERT_TRUE(run(project, to("Film.mp4")));
     const auto film = open(m_out / "Film.mp4");
@@ -207,14 +209,16 @@ TEST_F(ExportEngineTest, AnExportGoesOnWhileItsNeighbourIsCancelled) {
                 SeededIdSource ids(99);
                 ExportEngine engine{{m_readers, m_writers, m_activity, ids, m_clock, {}, m_folder.path(), ""}};
                 const auto cancelled = engine.exportProject(
-                    project, to("Neighbour.mp4"), [&](const ExportProgress&) { stopper.request_stop(); }, stopper.get_token());
+                    project, to("Neighbour.mp4"), [&](const ExportProgress&) { stopper.request_stop(); },
+                    stopper.get_token());
                 neighbourStopped = !cancelled && cancelled.error().kind == Kind::Stopped;
             });
         if (progress.frame == 30) neighbour.join();
     });
     ASSERT_TRUE(files);
     EXPECT_TRUE(neighbourStopped);
-    EXPECT_THAT(bytesBelow(m_out), testing::UnorderedElementsAre(testing::Key("Film.mp4"), testing::Key("Film.events.json")));
+    EXPECT_THAT(bytesBelow(m_out),
+                testing::UnorderedElementsAre(testing::Key("Film.mp4"), testing::Key("Film.events.json")));
 }
 
 TEST_F(ExportEngineTest, EveryFailureIsOneSentenceAndLeavesNoFile) {
@@ -222,7 +226,8 @@ TEST_F(ExportEngineTest, EveryFailureIsOneSentenceAndLeavesNoFile) {
     const auto good = plainProject({fragment(0, 2)});
     const std::string movie = readFile(m_bundle / "recording.mov").value();
     // A movie without pictures: a tenth of a second of silence.
-    std::string silence("RIFF\x24\x08\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x40\x1f\0\0\x40\x1f\0\0\x01\0\x08\0data\0\x08\0\0", 44);
+    std::string silence(
+        "RIFF\x24\x08\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0\x40\x1f\0\0\x40\x1f\0\0\x01\0\x08\0data\0\x08\0\0", 44);
     silence.append(2048, '\x80');
     std::string damaged = movie;
     for (std::size_t i = movie.size() / 2; i < movie.size() * 2 / 3; i += 3) damaged[i] = '\x5a';
@@ -244,9 +249,15 @@ TEST_F(ExportEngineTest, EveryFailureIsOneSentenceAndLeavesNoFile) {
         {"no video track", silence, all, to("Film.mp4"), Kind::NoVideoTrack, "No video track in recording"},
         {"cut off", movie.substr(0, movie.size() * 2 / 5), all, to("Film.mp4"), Kind::IncompleteRead,
          "The recording could not be read to the end"},
-        {"damaged inside", damaged, all, to("Film.mp4"), Kind::IncompleteRead, "The recording could not be read to the end"},
+        {"damaged inside", damaged, all, to("Film.mp4"), Kind::IncompleteRead,
+         "The recording could not be read to the end"},
         {"nothing to show", movie, {}, to("Film.mp4"), Kind::ExportSessionFailed, "Could not create export session"},
-        {"not finite", movie, {fragment(0, std::nan(""))}, to("Film.mp4"), Kind::CompositionFailed, "Could not build edit composition"},
+        {"not finite",
+         movie,
+         {fragment(0, std::nan(""))},
+         to("Film.mp4"),
+         Kind::CompositionFailed,
+         "Could not build edit composition"},
         {"no folder", movie, all, to("gone/Film.mp4"), Kind::TargetFolderMissing, "doesn’t exist"},
         {"a folder", movie, all, to("."), Kind::TargetIsFolder, "is a folder"},
         {"a GIF", movie, all, gif, Kind::GifNotAvailable, "MP4"}};
@@ -290,11 +301,14 @@ TEST(ExportError, SystemReasonsHaveTheirOwnSentences) {
         Kind kind;
         const char* words;
     };
-    for (const Case& c : {Case{ENOSPC, Kind::DiskFull, "The disk is full"}, {EDQUOT, Kind::DiskFull, "The disk is full"},
-                          {EFBIG, Kind::FileTooLarge, "grew larger"}, {ENOENT, Kind::TargetFolderMissing, "The folder /a doesn’t"},
-                          {EACCES, Kind::TargetNotWritable, "Permission denied"}, {EROFS, Kind::TargetNotWritable, "Read-only"}}) {
-        const ExportError error =
-            ExportError::from(MovieWriterError{MovieWriterError::Kind::WritingFailed, "", c.code}, "/a/Film.mp4");
+    for (const Case& c : {Case{ENOSPC, Kind::DiskFull, "The disk is full"},
+                          {EDQUOT, Kind::DiskFull, "The disk is full"},
+                          {EFBIG, Kind::FileTooLarge, "grew larger"},
+                          {ENOENT, Kind::TargetFolderMissing, "The folder /a doesn’t"},
+                          {EACCES, Kind::TargetNotWritable, "Permission denied"},
+                          {EROFS, Kind::TargetNotWritable, "Read-only"}}) {
+        const ExportError error = ExportError::from(MovieWriterError{MovieWriterError::Kind::WritingFailed, "", c.code},
+                                                    "/a/Film.mp4");
         EXPECT_EQ(error.kind, c.kind);
         EXPECT_THAT(error.description(), HasSubstr(c.words));
     }

@@ -6,7 +6,6 @@
 
 #include "base/TemporaryFolder.h"
 
-
 namespace morvelin {
 namespace {
 

@@ -89,9 +89,15 @@ TEST(ExportFrames, AFilmHasWholeFramesOnly) {
         double duration, rate;
         std::int64_t frames;
     };
-    for (const Case& c : {Case{1, 30, 30}, {58.783333, 60, 3527}, {1.01, 30, 31}, {0.002, 30, 1}, {0, 30, 0}, {1.001, 30000 / 1001.0, 30}}) {
+    for (const Case& c : {Case{1, 30, 30},
+                          {58.783333, 60, 3527},
+                          {1.01, 30, 31},
+                          {0.002, 30, 1},
+                          {0, 30, 0},
+                          {1.001, 30000 / 1001.0, 30}}) {
         Film film;
-        film.composition = EditComposition({{EditTime(0), EditTime(c.duration), SourceTime(0), SourceTime(c.duration), 1}});
+        film.composition = EditComposition(
+            {{EditTime(0), EditTime(c.duration), SourceTime(0), SourceTime(c.duration), 1}});
         film.frameRate = c.rate;
         EXPECT_EQ(film.frameCount(), c.frames) << c.duration << " s at " << c.rate;
     }

@@ -93,6 +93,7 @@ TEST(CursorTrack, AgreesWithTheCodecOnUnusualTexts) {
              std::string(R"([{"timestamp":01,"x":1,"y":2,"event":"move"}])"),
              std::string(R"([{"timestamp":1.,"x":.1,"y":2,"event":"move"}])"),
              std::string(R"([{"timestamp":-.5,"x":0.1,"y":2,"event":"move"}])"),
+             std::string("[{\"timestamp\":1\x01,\"x\":1,\"y\":2,\"event\":\"move\"}]"),
              std::string(R"([{"timestamp":inf,"x":0.1,"y":2,"event":"move"}])"),
              std::string(R"([{"timestamp":1.e5,"x":0.1,"y":2,"event":"move"}])"),
              std::string(R"([{"timestamp" : -0.5E+1 ,"x":00.1,"y":2,"event":"move"}])"),
@@ -109,7 +110,7 @@ TEST(CursorTrack, AgreesWithTheCodecOnUnusualTexts) {
 
 TEST(CursorTrack, AgreesWithTheCodecOnDamagedTexts) {
     std::mt19937 random(11);
-    const std::string alphabet = "{}[]\",:.-+eE0123456789 \\\n\tnulltruexyx\xff\x80";
+    const std::string alphabet = "{}[]\",:.-+eE0123456789 \\\n\tnulltruexyx\x01\x7f\xff\x80";
     const std::string whole = encodeCursorEvents(someEvents(5));
     const auto pick = [&](std::size_t count) {
         return std::uniform_int_distribution<std::size_t>(0, count - 1)(random);

@@ -172,7 +172,8 @@ TEST_F(TakeTest, LastsUntilStopOnAnIdleScreen) {
     const auto movie = openMovie(finished.bundleURL / "recording.mov");
     ASSERT_TRUE(movie);
     EXPECT_NEAR(movie->properties().end.value, finished.duration.value, 0.02);
-    EXPECT_EQ(movie->frameAt(0_s)->number, movie->frameAt(1.2_s)->number) << "one frame is all it needs";
+    EXPECT_LE(movie->frameAt(1.3_s)->number, movie->frameAt(0_s)->number + 1)
+        << "the picture, and once more to flush it";
 }
 
 TEST_F(TakeTest, RecordsPointerShapesAsTheyChange) {
@@ -262,7 +263,25 @@ private:
     std::jthread m_thread;
 };
 
-/// A small disk of its own, seen by this process alone. False where the system does not let us have one.
+/// Runs one test of this program that is otherwise disabled, in a process of its own.
+pid_t runApart(const char* test, const TemporaryFolder& folder, const std::string& display) {
+    const pid_t child = fork();
+    if (child != 0) return child;
+    setenv("MORVELIN_TEST_DISPLAY", display.c_str(), 1);
+    setenv("MORVELIN_TEST_FOLDER", folder.path().c_str(), 1);
+    const std::string filter = std::string("--gtest_filter=") + test;
+    execl("/proc/self/exe", "x11_tests", "--gtest_also_run_disabled_tests", filter.c_str(),
+          static_cast<char*>(nullptr));
+    _exit(127);
+}
+
+bool endsWell(pid_t child) {
+    int status = -1;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+/// A small disk of its own, seen by this thread and its later ones. False where the system does not let us have one.
 bool mountSmallDisk(const fs::path& place) {
     if (unshare(CLONE_NEWNS) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
     mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
@@ -271,10 +290,11 @@ bool mountSmallDisk(const fs::path& place) {
 
 } // namespace
 
-TEST_F(TakeTest, KeepsWhatItHasWhenTheDiskIsFull) {
+/// Runs in a process without other threads, which would not see the disk.
+TEST_F(TakeTest, DISABLED_FillsASmallDisk) {
     const fs::path disk = folder.path() / "disk";
     fs::create_directories(disk);
-    if (!mountSmallDisk(disk)) GTEST_SKIP() << "this system lets no test mount a disk";
+    ASSERT_TRUE(mountSmallDisk(disk));
     {
         const Noise noise(display.name(), {640, 480});
         start(disk / "Projects");
@@ -293,7 +313,13 @@ TEST_F(TakeTest, KeepsWhatItHasWhenTheDiskIsFull) {
     EXPECT_NEAR(movie->properties().end.value, finished.duration.value, 0.02);
     EXPECT_GE(lumaAt(*movie, finished.duration), 0);
     EXPECT_LE(project.cursorEvents.back().timestamp.sinceZero(), finished.duration);
-    umount(disk.c_str());
+}
+
+TEST_F(TakeTest, KeepsWhatItHasWhenTheDiskIsFull) {
+    const pid_t trial = fork();
+    if (trial == 0) _exit(mountSmallDisk(folder.path()) ? 0 : 1);
+    if (!endsWell(trial)) GTEST_SKIP() << "this system lets no test mount a disk";
+    EXPECT_TRUE(endsWell(runApart("TakeTest.DISABLED_FillsASmallDisk", folder, display.name())));
 }
 
 /// Not a test: what the next one runs in another process and kills.
@@ -316,14 +342,7 @@ TEST(KilledTake, DISABLED_RecordsUntilItIsKilled) {
 }
 
 TEST_F(TakeTest, PlaysToItsLastSecondAfterAKill) {
-    const pid_t recorder = fork();
-    if (recorder == 0) {
-        setenv("MORVELIN_TEST_DISPLAY", display.name().c_str(), 1);
-        setenv("MORVELIN_TEST_FOLDER", folder.path().c_str(), 1);
-        execl("/proc/self/exe", "x11_tests", "--gtest_also_run_disabled_tests",
-              "--gtest_filter=KilledTake.DISABLED_RecordsUntilItIsKilled", static_cast<char*>(nullptr));
-        _exit(127);
-    }
+    const pid_t recorder = runApart("KilledTake.DISABLED_RecordsUntilItIsKilled", folder, display.name());
     ASSERT_TRUE(runUntil(
         loop, [&] { return fs::exists(folder.path() / "running"); }, 20_s));
     const HostTime started = loop.now();

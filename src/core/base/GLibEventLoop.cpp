@@ -135,7 +135,8 @@ EventLoop::Timer GLibEventLoop::onReadable(int descriptor, Action action) {
 void GLibEventLoop::run() { g_main_loop_run(m_state->loop); }
 /// By way of the loop, so that what ends at once, before `run`, ends `run` too.
 void GLibEventLoop::quit() {
-    post([loop = m_state->loop] { g_main_loop_quit(loop); });
+    const std::shared_ptr<GMainLoop> loop(g_main_loop_ref(m_state->loop), g_main_loop_unref);
+    post([loop] { g_main_loop_quit(loop.get()); });
 }
 
 } // namespace morvelin

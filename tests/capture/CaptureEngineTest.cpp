@@ -1,0 +1,368 @@
+// A take's movie from a screen in memory: sizes, times, pauses, what is written and when, and every error.
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+
+#include <gtest/gtest.h>
+
+#include "base/TemporaryFolder.h"
+#include "capture/CaptureEngine.h"
+#include "capture/LoopRunner.h"
+#include "platform/null/NullScreenSource.h"
+
+namespace morvelin {
+
+namespace {
+
+/// A screen that shows what a test puts on it, and wakes its stream as a real one would.
+class InMemoryScreen final : public ScreenSource {
+public:
+    explicit InMemoryScreen(PixelSize size)
+        : m_size(size),
+          m_pixels(static_cast<std::size_t>(size.width * size.height * 4)) {}
+
+    Result<std::vector<Display>, ScreenError> displays() override {
+        return std::vector<Display>{{"left", {0, 0, m_size.width, m_size.height}, 1, false},
+                                    {"right", {m_size.width, 0, m_size.width, m_size.height}, 1, true}};
+    }
+    Result<std::unique_ptr<ScreenStream>, ScreenError> open(const ScreenStreamOptions& options) override {
+        opened = options;
+        return std::make_unique<Stream>(*this);
+    }
+
+    void change(HostTime time, PixelBox box, std::uint8_t shade) {
+        const std::lock_guard lock(m_mutex);
+        m_changes.push_back({time, box, shade});
+        m_news.notify_all();
+    }
+    void goAway() {
+        const std::lock_guard lock(m_mutex);
+        m_isGone = true;
+        m_news.notify_all();
+    }
+
+    ScreenStreamOptions opened;
+
+private:
+    struct Change {
+        HostTime time;
+        PixelBox box;
+        std::uint8_t shade = 0;
+    };
+
+    class Stream final : public ScreenStream {
+    public:
+        explicit Stream(InMemoryScreen& screen) : m_screen(screen) {}
+        PixelSize size() const override { return m_screen.m_size; }
+
+        Result<bool, ScreenError> next(Seconds timeout, const std::function<void(const ScreenFrame&)>& take) override {
+            std::unique_lock lock(m_screen.m_mutex);
+            const auto hasNews = [&] { return m_screen.m_isGone || m_isInterrupted || !m_screen.m_changes.empty(); };
+            if (!m_screen.m_news.wait_for(lock, std::chrono::duration<double>(timeout.value), hasNews)) return false;
+            if (std::exchange(m_isInterrupted, false)) return false;
+            if (m_screen.m_isGone) return failure(ScreenError{ScreenError::Kind::ConnectionLost, "It has gone."});
+            const Change change = m_screen.m_changes.front();
+            m_screen.m_changes.pop_front();
+            for (int y = change.box.y; y < change.box.bottom(); ++y)
+                std::fill_n(&m_screen.m_pixels[static_cast<std::size_t>((y * size().width + change.box.x) * 4)],
+                            change.box.width * 4, change.shade);
+            take({change.time, {m_screen.m_pixels.data(), size().width * 4, size()}, std::span(&change.box, 1)});
+            return true;
+        }
+        void interrupt() override {
+            const std::lock_guard lock(m_screen.m_mutex);
+            m_isInterrupted = true;
+            m_screen.m_news.notify_all();
+        }
+
+    private:
+        InMemoryScreen& m_screen;
+        bool m_isInterrupted = false;
+    };
+
+    PixelSize m_size;
+    std::vector<std::uint8_t> m_pixels;
+    std::mutex m_mutex; ///< guards the rest
+    std::condition_variable m_news;
+    std::deque<Change> m_changes;
+    bool m_isGone = false;
+};
+
+/// Writes down what a writer is told. Nothing reaches it twice at once: the capture thread alone calls it.
+class WriterLog final : public MovieWriterFactory {
+public:
+    struct Frame {
+        double time = 0;
+        std::vector<PixelBox> changed;
+        int luma = 0; ///< of the first pixel
+    };
+
+    Result<std::unique_ptr<MovieWriter>, MovieWriterError> create(const MovieSettings& asked) override {
+        settings = asked;
+        return std::make_unique<Writer>(*this);
+    }
+
+    MovieSettings settings;
+    std::vector<Frame> frames;
+    int flushes = 0;
+    double end = -1;
+    std::optional<std::size_t> failsAt; ///< the number of frames after which the disk is full
+
+private:
+    class Writer final : public MovieWriter {
+    public:
+        explicit Writer(WriterLog& log) : m_log(log) {}
+        Result<void, MovieWriterError> append(const Picture& picture, Seconds time,
+                                              std::span<const PixelBox> changed) override {
+            if (m_log.failsAt && m_log.frames.size() >= *m_log.failsAt)
+                return failure(MovieWriterError{MovieWriterError::Kind::WritingFailed, "Full.", ENOSPC});
+            m_log.frames.push_back({time.value, {changed.begin(), changed.end()}, *picture.plane(0).data});
+            return {};
+        }
+        Result<void, MovieWriterError> flush() override {
+            ++m_log.flushes;
+            return {};
+        }
+        Result<void, MovieWriterError> finish(Seconds endTime) override {
+            m_log.end = endTime.value;
+            return {};
+        }
+        std::int64_t bytesWritten() const override { return 0; }
+
+    private:
+        WriterLog& m_log;
+    };
+};
+
+class CaptureEngineTest : public testing::Test {
+protected:
+    CaptureSession::Services services() {
+        return {screen, writers, clock, [this](std::string_view line) {
+                    const std::lock_guard lock(linesMutex);
+                    lines.emplace_back(line);
+                }};
+    }
+    /// Starts with a black screen at time `begin`.
+    Result<CaptureStart, CaptureError> start() {
+        begin = clock.uptime();
+        screen.change(begin, {0, 0, 64, 48}, 0);
+        return runTask(loop, engine.startCapture(DisplayTarget{}, folder.path() / "take.mov"));
+    }
+    void change(Seconds after, std::uint8_t shade) {
+        screen.change(begin + after, {16, 16, 8, 8}, shade);
+        runFor(loop, 0.03_s);
+    }
+    Result<CapturedRecording, CaptureError> stop(Seconds after) {
+        return runTask(loop, engine.stopCapture(begin + after));
+    }
+    std::vector<double> times() const {
+        std::vector<double> result;
+        for (const auto& frame : writers.frames) result.push_back(std::round(frame.time * 1000) / 1000);
+        return result;
+    }
+
+    TemporaryFolder folder;
+    GLibEventLoop loop;
+    SystemClock clock;
+    InMemoryScreen screen{{64, 48}};
+    WriterLog writers;
+    std::mutex linesMutex;
+    std::vector<std::string> lines;
+    HostTime begin;
+    CaptureEngine engine{loop, services()};
+};
+
+} // namespace
+
+TEST_F(CaptureEngineTest, WritesEachChangeAtItsTimeAndEndsAtStop) {
+    const auto started = start();
+    ASSERT_TRUE(started);
+    EXPECT_EQ(started->firstFrameTime, begin);
+    EXPECT_EQ(started->geometry.area, (PixelBox{64, 0, 64, 48})) << "the primary display";
+    EXPECT_EQ(screen.opened.displayID, "right");
+    change(0.1_s, 255);
+    change(0.25_s, 80);
+    const auto recording = stop(0.4_s);
+    ASSERT_TRUE(recording);
+    EXPECT_NEAR(recording->duration.value, 0.4, 1e-9);
+    EXPECT_NEAR(writers.end, 0.4, 1e-9);
+    EXPECT_EQ(times(), (std::vector{0.0, 0.1, 0.25}));
+    EXPECT_EQ(writers.frames[0].changed, (std::vector<PixelBox>{{0, 0, 64, 48}}));
+    EXPECT_EQ(writers.frames[1].changed, (std::vector<PixelBox>{{16, 16, 10, 8}})) << "with the chroma on its right";
+    EXPECT_EQ(writers.settings.container, MovieSettings::Container::FragmentedQuickTime);
+    EXPECT_EQ(writers.settings.bitRate, 12'000'000);
+    ASSERT_FALSE(lines.empty());
+    EXPECT_TRUE(lines[0].starts_with("[CaptureEngine] Started writer session at PTS="));
+}
+
+TEST_F(CaptureEngineTest, SlidesBackWhatFollowsAPause) {
+    ASSERT_TRUE(start());
+    change(0.1_s, 10);
+    engine.pause(begin + 0.2_s);
+    engine.pause(begin + 5_s); // already paused
+    EXPECT_TRUE(engine.isPaused());
+    runFor(loop, 0.03_s);
+    screen.change(begin + 10.3_s, {16, 16, 8, 8}, 20);
+    runFor(loop, 0.03_s);
+    EXPECT_EQ(writers.frames.size(), 3U) << "no frame comes in a pause; the last one was said again to flush it";
+    EXPECT_EQ(writers.flushes, 1);
+    engine.resume(begin + 10.2_s);
+    runFor(loop, 0.03_s);
+    const auto recording = stop(10.5_s);
+    ASSERT_TRUE(recording);
+    EXPECT_NEAR(recording->duration.value, 0.5, 1e-9);
+    ASSERT_EQ(writers.frames.size(), 4U);
+    EXPECT_NEAR(writers.frames[3].time, 0.3, 1e-9);
+}
+
+TEST_F(CaptureEngineTest, EndsAPausedTakeWhereThePauseBegan) {
+    ASSERT_TRUE(start());
+    change(0.1_s, 10);
+    engine.pause(begin + 0.3_s);
+    const auto recording = stop(60_s);
+    ASSERT_TRUE(recording);
+    EXPECT_NEAR(recording->duration.value, 0.3, 1e-9);
+}
+
+TEST_F(CaptureEngineTest, NeverWritesTwoFramesOfOneTimeAndLosesNeither) {
+    ASSERT_TRUE(start());
+    change(0.1_s, 10);
+    screen.change(begin + 0.1_s, {0, 0, 2, 2}, 200); // the same moment
+    runFor(loop, 0.3_s);
+    ASSERT_TRUE(stop(1_s));
+    ASSERT_GE(writers.frames.size(), 3U);
+    EXPECT_GT(writers.frames[2].time, 0.1);
+    EXPECT_EQ(writers.frames[2].changed, (std::vector<PixelBox>{{0, 0, 4, 2}}));
+    EXPECT_GT(writers.frames[2].luma, 150) << "the late change is in the movie";
+}
+
+TEST_F(CaptureEngineTest, FlushesOnceWithinASecondOfStillness) {
+    ASSERT_TRUE(start());
+    runFor(loop, 1.2_s);
+    EXPECT_EQ(writers.flushes, 1);
+    ASSERT_EQ(writers.frames.size(), 2U);
+    EXPECT_LT(writers.frames[1].time, 1);
+    EXPECT_TRUE(writers.frames[1].changed.empty());
+    runFor(loop, 1_s);
+    EXPECT_EQ(writers.flushes, 1) << "an idle screen costs nothing";
+    EXPECT_EQ(writers.frames.size(), 2U);
+    ASSERT_TRUE(stop(2.5_s));
+}
+
+TEST_F(CaptureEngineTest, RefusesWhatDoesNotFitItsState) {
+    EXPECT_EQ(stop(0_s).error().kind, CaptureError::Kind::NotRecording);
+    ASSERT_TRUE(start());
+    const auto second = runTask(loop, engine.startCapture(DisplayTarget{}, folder.path() / "other.mov"));
+    EXPECT_EQ(second.error().kind, CaptureError::Kind::AlreadyRecording);
+
+    std::optional<Result<CapturedRecording, CaptureError>> first;
+    const auto keep = [](Task<Result<CapturedRecording, CaptureError>> task, auto& result) -> Task<void> {
+        result = co_await task;
+    };
+    loop.spawn(keep(engine.stopCapture(begin + 1_s), first));
+    EXPECT_EQ(stop(1_s).error().kind, CaptureError::Kind::StopInProgress);
+    ASSERT_TRUE(runUntil(loop, [&] { return first.has_value(); }));
+    EXPECT_TRUE(*first);
+    ASSERT_TRUE(start()) << "an engine can record again";
+    ASSERT_TRUE(stop(1_s));
+}
+
+TEST_F(CaptureEngineTest, TellsOfATakeThatEndsByItself) {
+    std::vector<std::string> told;
+    engine.onStreamStopped = [&](const CaptureError& error) { told.push_back(error.description()); };
+    ASSERT_TRUE(start());
+    change(0.05_s, 10);
+    screen.goAway();
+    ASSERT_TRUE(runUntil(loop, [&] { return !told.empty(); }));
+    EXPECT_EQ(told[0], "It has gone.");
+    const auto recording = stop(60_s);
+    ASSERT_TRUE(recording);
+    EXPECT_LT(recording->duration, 2_s) << "it lasts until the screen went, not until stop";
+    EXPECT_TRUE(std::ranges::count(lines, "[CaptureEngine] Stream stopped with error"));
+}
+
+TEST_F(CaptureEngineTest, TellsOfAFullDisk) {
+    std::vector<std::string> told;
+    engine.onStreamStopped = [&](const CaptureError& error) { told.push_back(error.description()); };
+    writers.failsAt = 2;
+    ASSERT_TRUE(start());
+    change(0.05_s, 10);
+    change(0.1_s, 20);
+    ASSERT_TRUE(runUntil(loop, [&] { return !told.empty(); }));
+    EXPECT_EQ(told[0], "There is no space left on the disk for the recording.");
+    EXPECT_TRUE(std::ranges::count(lines, "[CaptureEngine] Failed to append video sample"));
+    EXPECT_TRUE(stop(1_s));
+}
+
+TEST_F(CaptureEngineTest, CompletesTheMovieWhenItIsDropped) {
+    {
+        CaptureEngine dropped(loop, services());
+        screen.change(clock.uptime(), {0, 0, 64, 48}, 0);
+        ASSERT_TRUE(runTask(loop, dropped.startCapture(DisplayTarget{"left"}, folder.path() / "take.mov")));
+    }
+    EXPECT_GT(writers.end, 0);
+}
+
+TEST_F(CaptureEngineTest, DoesNotStartOnAMissingDisplayOrNoScreen) {
+    const auto missing = runTask(loop, engine.startCapture(DisplayTarget{"third"}, folder.path() / "take.mov"));
+    EXPECT_EQ(missing.error().description(), "No capturable display was found.");
+
+    NullScreenSource none(ScreenError{ScreenError::Kind::NoDisplayServer, "There is no screen."});
+    CaptureEngine blind(loop, {none, writers, clock, [](std::string_view) {}});
+    const auto unseen = runTask(loop, blind.startCapture(DisplayTarget{}, folder.path() / "take.mov"));
+    EXPECT_EQ(unseen.error().description(), "There is no screen.");
+}
+
+TEST(CaptureGeometry, KeepsMoviesEvenAndWithinTheirLimits) {
+    struct Case {
+        PixelSize content;
+        PixelSize movie;
+    };
+    for (const auto& [content, movie] :
+         {Case{{1920, 1080}, {1920, 1080}}, Case{{1365, 767}, {1364, 766}}, Case{{6016, 3384}, {6016, 3384}},
+          Case{{7680, 4320}, {7680, 4320}}, Case{{15360, 4320}, {7680, 2160}}, Case{{1, 1}, {2, 2}}})
+        EXPECT_EQ(movieSizeFor(content), movie) << content.width;
+
+    EXPECT_EQ(captureBitRate({1920, 1080}), 18'662'400);
+    EXPECT_EQ(captureBitRate({64, 48}), 12'000'000);
+    EXPECT_EQ(captureBitRate({7680, 4320}), 120'000'000);
+}
+
+TEST(CaptureGeometry, FindsTheDisplayAndLeavesOutAnOddEdge) {
+    const std::vector<Display> displays{{"a", {0, 0, 1365, 767}, 1, false}, {"b", {1365, 0, 3840, 2160}, 2, true}};
+    const auto odd = resolveTarget(DisplayTarget{"a"}, displays);
+    ASSERT_TRUE(odd);
+    EXPECT_EQ(odd->area, (PixelBox{0, 0, 1364, 766}));
+    EXPECT_EQ(odd->movieSize, (PixelSize{1364, 766}));
+    const auto primary = resolveTarget(DisplayTarget{}, displays);
+    ASSERT_TRUE(primary);
+    EXPECT_EQ(primary->displayID, "b");
+    EXPECT_EQ(primary->pointWidth(), 1920);
+    EXPECT_FALSE(resolveTarget(DisplayTarget{"c"}, displays));
+    EXPECT_FALSE(resolveTarget(DisplayTarget{}, {}));
+}
+
+TEST(CaptureError, HasItsWords) {
+    using enum CaptureError::Kind;
+    struct Case {
+        CaptureError error;
+        const char* words;
+    };
+    for (const auto& [error, words] :
+         {Case{{OutputDirectoryCreationFailed, "X"}, "Could not create output directory: X"},
+          Case{{AssetWriterSetupFailed, "X"}, "Could not configure video writer: X"},
+          Case{{AssetWriterFailed, "X"}, "Video writer failed while finalizing output: X"},
+          Case{{AlreadyRecording, ""}, "A recording session is already running."},
+          Case{{NotRecording, ""}, "No active recording session was found."},
+          Case{{DisplayNotFound, ""}, "No capturable display was found."},
+          Case{{WindowNotFound, ""}, "No target window was selected for capture."},
+          Case{{InvalidCropRect, ""}, "Selected area is invalid for the chosen display."},
+          Case{{StopInProgress, ""}, "The recording is already being stopped."}})
+        EXPECT_EQ(error.description(), words);
+}
+
+} // namespace morvelin
