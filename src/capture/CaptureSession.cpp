@@ -68,7 +68,7 @@ Result<void, CaptureError> CaptureSession::open(const CaptureGeometry& geometry)
     auto writer = m_services.writers.create(movieSettings(m_movie, geometry.movieSize));
     if (!writer) return failure(CaptureError{CaptureError::Kind::AssetWriterSetupFailed, writer.error().description()});
     m_stream = std::move(*stream);
-    m_video.emplace(std::move(*writer), geometry.movieSize, m_services.log);
+    m_video.emplace(std::move(*writer), m_stream->size(), geometry.movieSize, m_services.log);
     return {};
 }
 

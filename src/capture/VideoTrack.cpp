@@ -16,14 +16,26 @@ constexpr Seconds kLongRest{86'400};
 
 } // namespace
 
-VideoTrack::VideoTrack(std::unique_ptr<MovieWriter> writer, PixelSize size, Log log)
+VideoTrack::VideoTrack(std::unique_ptr<MovieWriter> writer, PixelSize screenSize, PixelSize movieSize, Log log)
     : m_writer(std::move(writer)),
       m_log(std::move(log)),
-      m_picture(size, Subsampling::Quarter) {}
+      m_picture(movieSize, Subsampling::Quarter) {
+    if (screenSize != movieSize) m_scaler.emplace(screenSize, movieSize);
+}
 
 Result<void, MovieWriterError> VideoTrack::take(const ScreenFrame& frame, const PauseTimeline& pauses) {
-    for (const PixelBox& box : frame.changed) m_unwritten.push_back(convertToPicture(frame.pixels, box, m_picture));
+    convert(frame);
     return append(frame.time, pauses);
+}
+
+void VideoTrack::convert(const ScreenFrame& frame) {
+    if (!m_scaler) {
+        for (const PixelBox& box : frame.changed) m_unwritten.push_back(convertToPicture(frame.pixels, box, m_picture));
+        return;
+    }
+    std::vector<PixelBox> scaled;
+    for (const PixelBox& box : frame.changed) scaled.push_back(m_scaler->update(frame.pixels, box));
+    for (const PixelBox& box : scaled) m_unwritten.push_back(convertToPicture(m_scaler->pixels(), box, m_picture));
 }
 
 /// Drops nothing for good: a frame whose time is not past the last one's, as may happen right after a pause, stays in

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "capture/PauseTimeline.h"
+#include "capture/ScreenScaler.h"
 #include "core/base/Log.h"
 #include "platform/MovieWriter.h"
 #include "platform/Screen.h"
@@ -18,7 +19,8 @@ class VideoTrack {
 public:
     static constexpr Seconds kFlushDelay{0.75};
 
-    VideoTrack(std::unique_ptr<MovieWriter> writer, PixelSize size, Log log);
+    /// Takes frames of `screenSize` for a movie of `movieSize`.
+    VideoTrack(std::unique_ptr<MovieWriter> writer, PixelSize screenSize, PixelSize movieSize, Log log);
 
     /// Takes over a frame and appends it, at its time without the pauses.
     Result<void, MovieWriterError> take(const ScreenFrame& frame, const PauseTimeline& pauses);
@@ -40,12 +42,14 @@ public:
     [[nodiscard]] std::int64_t appendedFrames() const { return m_appendedFrames; }
 
 private:
+    void convert(const ScreenFrame& frame);
     Result<void, MovieWriterError> append(HostTime time, const PauseTimeline& pauses);
     Result<void, MovieWriterError> write(HostTime adjusted);
     void startSession(HostTime pts, HostTime adjusted);
 
     std::unique_ptr<MovieWriter> m_writer;
     Log m_log;
+    std::optional<ScreenScaler> m_scaler; ///< for a screen that is larger than a movie may be
     Picture m_picture;
     std::vector<PixelBox> m_unwritten; ///< where the picture differs from the movie's last frame
 

@@ -27,8 +27,8 @@ struct ArtShape {
     double topAlpha = 1;
     double bottomAlpha = 1;
 
-    /// How much of a dot of `diameter` pixels around a point lies inside, 0..1.
-    [[nodiscard]] double coverage(double x, double y, double diameter) const;
+    /// How much of the pixel around a point lies inside, 0..1.
+    [[nodiscard]] double coverage(double x, double y) const;
     /// Where in its fill a point lies: 0 at the top, 1 at the bottom.
     [[nodiscard]] double fillPosition(double x, double y) const;
     /// Every pixel that the figure touches.

@@ -108,8 +108,21 @@ double signedDistance(const ArtShape& shape, const LocalPoint& p) {
 
 } // namespace
 
-double ArtShape::coverage(double x, double y, double diameter) const {
-    return std::clamp(0.5 - signedDistance(*this, localPoint(*this, x, y)) / diameter, 0.0, 1.0);
+/// A pixel away from the edge is in or out; one on it is the mean of small cells, so that tips are as true as sides.
+double ArtShape::coverage(double x, double y) const {
+    const double distance = signedDistance(*this, localPoint(*this, x, y));
+    if (std::abs(distance) >= 1) return distance < 0 ? 1 : 0;
+
+    constexpr int kCells = 4;
+    constexpr double kCell = 1.0 / kCells;
+    double sum = 0;
+    for (int row = 0; row < kCells; ++row) {
+        for (int column = 0; column < kCells; ++column) {
+            const LocalPoint place = localPoint(*this, x + (column + 0.5) * kCell - 0.5, y + (row + 0.5) * kCell - 0.5);
+            sum += std::clamp(0.5 - signedDistance(*this, place) / kCell, 0.0, 1.0);
+        }
+    }
+    return sum / (kCells * kCells);
 }
 
 double ArtShape::fillPosition(double x, double y) const {

@@ -95,11 +95,11 @@ void paintColors(const BackgroundArt& art, PixelSize size, Subsampling subsampli
 
 /// How much of what a plane's sample stands for lies inside a figure: a pixel, or the pixels around a chroma sample.
 double sampleCoverage(const ArtShape& shape, const PlaneGrid& grid, int x, int y) {
-    if (grid.divisor == 1) return shape.coverage(x + 0.5, y + 0.5, 1);
+    if (grid.divisor == 1) return shape.coverage(x + 0.5, y + 0.5);
     double sum = 0;
     for (int row = 0; row < 2; ++row)
         for (int column = -1; column <= 1; ++column)
-            sum += (column == 0 ? 2 : 1) * shape.coverage(2 * x + column + 0.5, 2 * y + row + 0.5, 1);
+            sum += (column == 0 ? 2 : 1) * shape.coverage(2 * x + column + 0.5, 2 * y + row + 0.5);
     return sum / 8;
 }
 

@@ -12,6 +12,7 @@
 #include "base/TemporaryFolder.h"
 #include "capture/CaptureEngine.h"
 #include "capture/LoopRunner.h"
+#include "capture/ScreenScaler.h"
 #include "platform/null/NullScreenSource.h"
 
 namespace morvelin {
@@ -39,6 +40,11 @@ public:
         m_changes.push_back({time, box, shade});
         m_news.notify_all();
     }
+    /// Whether the stream has taken all changes and waits for more.
+    bool isIdle() {
+        const std::lock_guard lock(m_mutex);
+        return m_isWaiting && m_changes.empty();
+    }
     void goAway() {
         const std::lock_guard lock(m_mutex);
         m_isGone = true;
@@ -62,7 +68,10 @@ private:
         Result<bool, ScreenError> next(Seconds timeout, const std::function<void(const ScreenFrame&)>& take) override {
             std::unique_lock lock(m_screen.m_mutex);
             const auto hasNews = [&] { return m_screen.m_isGone || m_isInterrupted || !m_screen.m_changes.empty(); };
-            if (!m_screen.m_news.wait_for(lock, std::chrono::duration<double>(timeout.value), hasNews)) return false;
+            m_screen.m_isWaiting = true;
+            const bool came = m_screen.m_news.wait_for(lock, std::chrono::duration<double>(timeout.value), hasNews);
+            m_screen.m_isWaiting = false;
+            if (!came) return false;
             if (std::exchange(m_isInterrupted, false)) return false;
             if (m_screen.m_isGone) return failure(ScreenError{ScreenError::Kind::ConnectionLost, "It has gone."});
             const Change change = m_screen.m_changes.front();
@@ -90,6 +99,7 @@ private:
     std::condition_variable m_news;
     std::deque<Change> m_changes;
     bool m_isGone = false;
+    bool m_isWaiting = false;
 };
 
 /// Writes down what a writer is told. Nothing reaches it twice at once: the capture thread alone calls it.
@@ -154,7 +164,7 @@ protected:
     }
     void change(Seconds after, std::uint8_t shade) {
         screen.change(begin + after, {16, 16, 8, 8}, shade);
-        runFor(loop, 0.03_s);
+        ASSERT_TRUE(runUntil(loop, [this] { return screen.isIdle(); }));
     }
     Result<CapturedRecording, CaptureError> stop(Seconds after) {
         return runTask(loop, engine.stopCapture(begin + after));
@@ -291,7 +301,7 @@ TEST_F(CaptureEngineTest, TellsOfAFullDisk) {
     writers.failsAt = 2;
     ASSERT_TRUE(start());
     change(0.05_s, 10);
-    change(0.1_s, 20);
+    screen.change(begin + 0.1_s, {0, 0, 2, 2}, 20);
     ASSERT_TRUE(runUntil(loop, [&] { return !told.empty(); }));
     EXPECT_EQ(told[0], "There is no space left on the disk for the recording.");
     EXPECT_TRUE(std::ranges::count(lines, "[CaptureEngine] Failed to append video sample"));
@@ -344,6 +354,21 @@ TEST(CaptureGeometry, FindsTheDisplayAndLeavesOutAnOddEdge) {
     EXPECT_EQ(primary->pointWidth(), 1920);
     EXPECT_FALSE(resolveTarget(DisplayTarget{"c"}, displays));
     EXPECT_FALSE(resolveTarget(DisplayTarget{}, {}));
+}
+
+TEST(ScreenScaler, TakesTheMeanOfWhatEachPixelCovers) {
+    // 3 × 2 pixels to 2 × 1: the middle column is shared.
+    const std::vector<std::uint8_t> source{0, 0, 0, 0, 90, 0, 0, 0, 30, 60, 0, 0, //
+                                           0, 0, 0, 0, 90, 0, 0, 0, 30, 60, 0, 0};
+    ScreenScaler scaler({3, 2}, {2, 1});
+    EXPECT_EQ(scaler.update({source.data(), 12, {3, 2}}, {0, 0, 3, 2}), (PixelBox{0, 0, 2, 1}));
+    EXPECT_EQ(scaler.pixels().data[0], 30);
+    EXPECT_EQ(scaler.pixels().data[4], 50);
+    EXPECT_EQ(scaler.pixels().data[5], 40);
+
+    ScreenScaler wide({15360, 4320}, {7680, 2160});
+    const std::vector<std::uint8_t> black(15360 * 4320 * 4);
+    EXPECT_EQ(wide.update({black.data(), 15360 * 4, {15360, 4320}}, {101, 7, 3, 2}), (PixelBox{50, 3, 2, 2}));
 }
 
 TEST(CaptureError, HasItsWords) {

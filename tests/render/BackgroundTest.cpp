@@ -68,8 +68,8 @@ TEST(BackgroundArt, MeshesHaveTheirFigures) {
     EXPECT_NEAR(glacier.shapes()[0].cornerRadius, 0.14 * 110, 1e-9);
     EXPECT_EQ(glacier.shapes()[0].angle, -0.22);
     const BackgroundArt terra(gradientBackground("mesh-terra"), {1000, 500});
-    EXPECT_EQ(terra.shapes()[0].coverage(220, 140, 1), 1);
-    EXPECT_EQ(terra.shapes()[0].coverage(220 + 80, 140 + 80, 1), 0) << "the corner of the box around a diamond";
+    EXPECT_EQ(terra.shapes()[0].coverage(220, 140), 1);
+    EXPECT_EQ(terra.shapes()[0].coverage(220 + 80, 140 + 80), 0) << "the corner of the box around a diamond";
 }
 
 Rgb meanOf(const StageImage& stage) {
