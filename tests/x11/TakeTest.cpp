@@ -282,10 +282,11 @@ bool endsWell(pid_t child) {
 }
 
 /// A small disk of its own, seen by this thread and its later ones. False where the system does not let us have one.
+/// It holds some seconds of noise: a disk that is full within the first second has no whole fragment to keep.
 bool mountSmallDisk(const fs::path& place) {
     if (unshare(CLONE_NEWNS) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
     mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
-    return mount("tmpfs", place.c_str(), "tmpfs", 0, "size=3m") == 0;
+    return mount("tmpfs", place.c_str(), "tmpfs", 0, "size=10m") == 0;
 }
 
 } // namespace
