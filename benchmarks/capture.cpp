@@ -87,8 +87,10 @@ private:
     [[noreturn]] static void become(const std::vector<std::string>& command) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         const int silence = open("/dev/null", O_RDWR);
-        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) dup2(silence, stream);
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+            if (silence >= 0) dup2(silence, stream);
         std::vector<char*> arguments;
+        arguments.reserve(command.size() + 1);
         for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
         arguments.push_back(nullptr);
         execvp(arguments[0], arguments.data());
@@ -250,6 +252,7 @@ Cost measure(const Desktop& desktop, Scene& scene, const std::vector<std::string
 
 double median(const std::vector<Cost>& costs, double Cost::*figure) {
     std::vector<double> values;
+    values.reserve(costs.size());
     for (const Cost& cost : costs) values.push_back(cost.*figure);
     std::ranges::sort(values);
     return values[values.size() / 2];

@@ -16,7 +16,7 @@ std::string CaptureError::description() const {
     case WindowNotFound: return "No target window was selected for capture.";
     case InvalidCropRect: return "Selected area is invalid for the chosen display.";
     case StopInProgress: return "The recording is already being stopped.";
-    case ScreenUnavailable: return detail;
+    case ScreenUnavailable:
     case Interrupted: return detail;
     }
     std::unreachable();

@@ -67,6 +67,7 @@ BackgroundArt::BackgroundArt(const std::optional<Background>& background, PixelS
         chooseColors(std::array{Rgb{}});
         return;
     }
+    m_hasGrain = background->type == BackgroundType::Gradient || background->type == BackgroundType::Wallpaper;
     switch (background->type) {
     case BackgroundType::Gradient:
         chooseGradient(background->gradientPresetID);

@@ -45,7 +45,7 @@ public:
     [[nodiscard]] Rgb colorAt(double u, double v) const;
     [[nodiscard]] std::span<const ArtShape> shapes() const { return m_shapes; }
     [[nodiscard]] bool isUniform() const { return m_style == Style::Uniform; }
-    [[nodiscard]] bool hasGrain() const { return m_style != Style::Uniform; }
+    [[nodiscard]] bool hasGrain() const { return m_hasGrain; }
 
 private:
     enum class Style { Uniform, Linear, Pools, Glow };
@@ -57,6 +57,7 @@ private:
     [[nodiscard]] Oklab glowingColor(double x, double y) const;
 
     Style m_style = Style::Uniform;
+    bool m_hasGrain = false;
     double m_aspect = 1;
     double m_turn = 0; ///< radians: gives each palette a flow of its own
     std::vector<Oklab> m_colors;

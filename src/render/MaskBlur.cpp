@@ -65,9 +65,12 @@ MaskBlur::Kind MaskBlur::makeKind(int plane) const {
 }
 
 PixelBox MaskBlur::reachOf(const PixelBox& box) const {
-    const double sigmaInPicture = m_mask.sigma / std::min(m_placement.scaleX(), m_placement.scaleY());
-    constexpr double kKernel = 4; // chroma's cubic spans four pixels of the picture
-    return m_placement.outputBox(box, kReach * sigmaInPicture + kKernel).intersected(m_pixels);
+    const double scale = std::min(m_placement.scaleX(), m_placement.scaleY());
+    // Lanczos after a narrow blur spans three samples of chroma; a blur's ends are rounded up to whole samples.
+    const double kernel = 6 / std::min(scale, 1.0) + 4;
+    PixelBox felt = m_pixels;
+    felt.width += 2; // chroma right of an edge stands for the edge's last column too
+    return m_placement.outputBox(box, kReach * m_mask.sigma / scale + kernel).intersected(felt);
 }
 
 void MaskBlur::forgetPicture() { m_grids = {}; }

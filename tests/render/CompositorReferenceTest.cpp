@@ -45,6 +45,11 @@ TEST(CompositorReference, Backgrounds) {
         instruction->denseFrames = view(1.8, 0.3, 0.7);
         expectAgreement({std::string(id) + " magnified", instruction});
     }
+    for (const BackgroundType type : {BackgroundType::Wallpaper, BackgroundType::Image}) {
+        auto fallback = plainInstruction({0, 0}, kOutput);
+        fallback->background = Background{type, "", {}, "forest", {}};
+        expectAgreement({"fallback", fallback});
+    }
     auto solid = plainInstruction({0, 0}, kOutput);
     solid->background = Background{BackgroundType::SolidColor, "", {0.2, 0.5, 0.9, 0.6}, "", {}};
     expectAgreement({"solid", solid});
