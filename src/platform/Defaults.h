@@ -18,6 +18,13 @@ struct DefaultsKey {
     Value unset{};
 };
 
+/// A text's key can be a constant whatever the length of what it reads as.
+template <>
+struct DefaultsKey<std::string> {
+    const char* name;
+    const char* unset = "";
+};
+
 /// A per-user key-value store, shared by all running copies of the program. Confined to the main thread. Reading never
 /// fails: a value of another type reads as unset. Every read sees what other processes have written.
 class Defaults {

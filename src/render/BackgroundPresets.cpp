@@ -46,6 +46,35 @@ constexpr WallpaperPreset kWallpapers[] = {
     {"monochrome", {"1E293B", "334155", "64748B"}},
 };
 
+constexpr std::string_view kWallpaperIDs[] = {"wallpaper-milkyway",
+                                              "wallpaper-prism",
+                                              "wallpaper-dusk",
+                                              "wallpaper-wave",
+                                              "wallpaper-coast",
+                                              "wallpaper-violet-teal",
+                                              "wallpaper-ember-night",
+                                              "wallpaper-grain-ember",
+                                              "wallpaper-grain-violet",
+                                              "wallpaper-grain-indigo",
+                                              "wallpaper-nebula",
+                                              "wallpaper-cosmos",
+                                              "wallpaper-mountains",
+                                              "wallpaper-dune-dark",
+                                              "wallpaper-dune-light",
+                                              "wallpaper-valley-dark",
+                                              "wallpaper-valley-light",
+                                              "wallpaper-petal-dark",
+                                              "wallpaper-petal-light",
+                                              "wallpaper-golden-gate-dark",
+                                              "wallpaper-golden-gate-light",
+                                              "wallpaper-spectrum",
+                                              "wallpaper-aurora-glow"};
+
+constexpr SolidPreset kSolids[] = {
+    {"White", "FFFFFF"},  {"Paper", "F6F1E7"},  {"Sand", "DEC9A8"},     {"Amber", "F0A63A"}, {"Coral", "F0665A"},
+    {"Rose", "E2558C"},   {"Violet", "7A5AE0"}, {"Cobalt", "2F5BEA"},   {"Sky", "5AB4F0"},   {"Lagoon", "1FA8A8"},
+    {"Forest", "2F8A57"}, {"Slate", "64748B"},  {"Graphite", "2A2F3A"}, {"Ink", "12141C"},   {"Black", "000000"}};
+
 /// The preset with that id, or with the other one, which is in the table.
 template <class Preset>
 const Preset& found(std::span<const Preset> presets, std::string_view id, std::string_view otherwise) {
@@ -61,6 +90,19 @@ const GradientPreset& gradient(std::string_view id) { return found(gradients(), 
 
 const WallpaperPreset& wallpaper(std::string_view id) {
     return found(std::span<const WallpaperPreset>(kWallpapers), id, "default");
+}
+
+std::span<const std::string_view> wallpaperIDs() { return kWallpaperIDs; }
+
+std::span<const SolidPreset> solids() { return kSolids; }
+
+std::vector<std::string> names() {
+    std::vector<std::string> all;
+    for (const GradientPreset& preset : gradients()) all.emplace_back(preset.id);
+    for (const std::string_view id : wallpaperIDs()) all.emplace_back(id);
+    for (const SolidPreset& preset : solids()) all.emplace_back(preset.name);
+    all.emplace_back(kNone);
+    return all;
 }
 
 } // namespace morvelin::BackgroundPresets

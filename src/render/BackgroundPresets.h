@@ -4,7 +4,9 @@
 #include <array>
 #include <initializer_list>
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace morvelin::BackgroundPresets {
 
@@ -41,10 +43,24 @@ struct WallpaperPreset {
     HexColors hexColors;
 };
 
+struct SolidPreset {
+    std::string_view name;
+    std::string_view hex; ///< six digits
+};
+
+/// The name of having no background at all.
+inline constexpr std::string_view kNone = "none";
+
 [[nodiscard]] std::span<const GradientPreset> gradients();
 /// An unknown id gives "palette-dune".
 [[nodiscard]] const GradientPreset& gradient(std::string_view id);
 /// The colours in place of a wallpaper or picture. An unknown id gives "default".
 [[nodiscard]] const WallpaperPreset& wallpaper(std::string_view id);
+/// The ids of the pictures to choose from, as projects hold them.
+[[nodiscard]] std::span<const std::string_view> wallpaperIDs();
+[[nodiscard]] std::span<const SolidPreset> solids();
+
+/// Every name that chooses a background: gradients and wallpapers by id, plain colours by name, and `kNone`.
+[[nodiscard]] std::vector<std::string> names();
 
 } // namespace morvelin::BackgroundPresets

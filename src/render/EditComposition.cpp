@@ -14,7 +14,7 @@ constexpr double kPlainSpeed = 0.001;   ///< a speed this close to 1 leaves the 
 constexpr Seconds kTimeBaseSlack{5e-4}; ///< the most that a time base of milliseconds moves a frame
 constexpr Seconds kBeforeTheCut{1e-6};  ///< keeps a moment on this side of a cut
 
-bool isFinite(const VideoFragment& fragment) {
+bool hasFiniteNumbers(const VideoFragment& fragment) {
     return std::isfinite(fragment.sourceStart.value) && std::isfinite(fragment.sourceEnd.value) &&
            std::isfinite(fragment.speed);
 }
@@ -62,7 +62,8 @@ Result<EditComposition, FragmentCompositionError> FragmentCompositionBuilder::bu
     const MovieProperties& movie, std::span<const VideoFragment> fragments) {
     using Kind = FragmentCompositionError::Kind;
     if (movie.size.width <= 0 || movie.size.height <= 0) return failure(FragmentCompositionError{Kind::NoVideoTrack});
-    if (!std::ranges::all_of(fragments, isFinite)) return failure(FragmentCompositionError{Kind::CompositionFailed});
+    if (!std::ranges::all_of(fragments, hasFiniteNumbers))
+        return failure(FragmentCompositionError{Kind::CompositionFailed});
 
     std::vector<EditComposition::Segment> segments;
     EditTime end;

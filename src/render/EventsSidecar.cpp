@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include "core/base/Rounding.h"
 #include "timeline/ClickPings.h"
 #include "timeline/FragmentMap.h"
 
@@ -157,17 +158,7 @@ private:
     }
 };
 
-/// A copy with whole numbers as integers, so that 2 is written and not 2.0.
-JSONValue shortened(JSONValue value) {
-    if (value.is_structured())
-        for (JSONValue& element : value) element = shortened(std::move(element));
-    if (const auto whole = value.is_number_float() ? json::wholeNumber(value) : std::nullopt) return *whole;
-    return value;
-}
-
 } // namespace
-
-double roundedTo3Decimals(double value) { return std::round(value * 1000) / 1000; }
 
 FounderEventsSidecar makeEventsSidecar(const EventsSidecarSubject& subject) {
     const EditPayload& edit = subject.edit;
@@ -204,9 +195,7 @@ FounderEventsSidecar makeEventsSidecar(const EventsSidecarSubject& subject) {
     return sidecar;
 }
 
-std::string encode(const FounderEventsSidecar& sidecar) {
-    return writeJSON(shortened(toJSON(sidecar)), JSONStyle::Pretty);
-}
+std::string encode(const FounderEventsSidecar& sidecar) { return writeJSON(toJSON(sidecar), JSONStyle::Pretty); }
 
 std::filesystem::path eventsSidecarPath(const std::filesystem::path& video) {
     std::filesystem::path path = video;

@@ -140,9 +140,6 @@ struct EventsSidecarSubject {
 /// "<stem>.events.json" in the video's folder.
 [[nodiscard]] std::filesystem::path eventsSidecarPath(const std::filesystem::path& video);
 
-/// Rounds to 3 decimals, halves away from zero.
-[[nodiscard]] double roundedTo3Decimals(double value);
-
 template <class Fields>
 void describe(Fields& fields, Same<Fields, FounderEventsSidecar::Resolution>& resolution) {
     fields.required("width", resolution.width);

@@ -10,18 +10,6 @@ namespace morvelin {
 
 namespace {
 
-/// The camera's curve of an edit. The stored positions are fit to the padding in force, then pinned between.
-std::vector<DenseZoomFrame> cameraCurve(const FilmIngredients& film, const FragmentMap& fragments) {
-    const EditPayload& edit = film.edit;
-    SeededIdSource passingIds(0); // of keys that live no longer than this function
-    std::vector<PositionKeyframe> positions = refitPositionKeys(edit.positionKeyframes, edit.zoomKeyframes,
-                                                                edit.padding);
-    const std::vector<PositionKeyframe> pins = ephemeralPositionKeys(positions, edit.zoomKeyframes, edit.padding,
-                                                                     fragments.duration(), passingIds);
-    positions.insert(positions.end(), pins.begin(), pins.end());
-    return denseFrames(edit.zoomKeyframes, std::move(positions), film.cursorEvents, fragments);
-}
-
 void dress(CompositionInstruction& instruction, const FilmIngredients& film, const FragmentMap& fragments) {
     switch (film.style) {
     case FilmStyle::OfProject:
@@ -29,7 +17,8 @@ void dress(CompositionInstruction& instruction, const FilmIngredients& film, con
         instruction.cornerRadius = film.edit.cornerRadius;
         instruction.shadowIntensity = film.edit.shadowIntensity;
         instruction.background = film.edit.background;
-        instruction.denseFrames = cameraCurve(film, fragments);
+        instruction.denseFrames = denseFrames(
+            film.edit.zoomKeyframes, cameraPositionKeys(film.edit, fragments.duration()), film.cursorEvents, fragments);
         return;
     case FilmStyle::Plain:
         instruction.padding = 0;

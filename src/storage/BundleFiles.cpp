@@ -4,16 +4,6 @@ namespace morvelin::ProjectBundle {
 
 namespace fs = std::filesystem;
 
-namespace {
-
-bool isFinite(const JSONValue& value) {
-    if (value.is_number_float()) return std::isfinite(value.get<double>());
-    if (value.is_structured()) return std::ranges::all_of(value, isFinite);
-    return true;
-}
-
-} // namespace
-
 fs::path versionFile(const fs::path& bundleURL, const UUID& id) {
     return bundleURL / kVersionsFolder / (id.text() + ".json");
 }

@@ -18,6 +18,7 @@ inline constexpr const char* kCameraFile = "camera.mov";
 inline constexpr const char* kCaptureFile = "capture.json";
 inline constexpr const char* kCursorEventsFile = "cursorEvents.json";
 inline constexpr const char* kCursorShapesFile = "cursorShapes.json";
+inline constexpr const char* kTranscriptFile = "transcript.json";
 inline constexpr const char* kCursorsFolder = "cursors";
 inline constexpr const char* kVersionsFolder = "versions";
 inline constexpr const char* kLegacyMetadataFile = "metadata.json";

@@ -152,12 +152,8 @@ bool isFinite(const CursorEvent& sample) {
     return std::isfinite(sample.timestamp.value) && std::isfinite(sample.x) && std::isfinite(sample.y);
 }
 
-/// The shortest text that reads back as the same number; a whole number keeps its point, as the codec writes it.
-void append(std::string& out, double number) {
-    const std::size_t before = out.size();
-    fmt::format_to(std::back_inserter(out), FMT_COMPILE("{}"), number);
-    if (out.find_first_of(".e", before) == std::string::npos) out += ".0";
-}
+/// The shortest text that reads back as the same number, as the codec writes it.
+void append(std::string& out, double number) { fmt::format_to(std::back_inserter(out), FMT_COMPILE("{}"), number); }
 
 void append(std::string& out, const CursorEvent& sample) {
     out += '{';

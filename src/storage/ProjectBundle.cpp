@@ -48,16 +48,6 @@ bool isTaken(const fs::path& path) {
     return fs::exists(fs::symlink_status(path, error));
 }
 
-/// Absolute, and without the slash that a shell leaves behind a folder's name.
-fs::path normalized(const fs::path& folder) {
-    std::error_code error;
-    const fs::path absolute = fs::absolute(folder, error).lexically_normal();
-    return absolute.has_filename() ? absolute : absolute.parent_path();
-}
-
-/// Files hold whole seconds; a record in memory equals what is read back.
-Date wholeSeconds(Date date) { return Date::fromUnixSeconds(date.unixSeconds()); }
-
 } // namespace
 
 const ProjectVersion& Contents::currentVersion() const {
@@ -66,6 +56,11 @@ const ProjectVersion& Contents::currentVersion() const {
 
 Result<void, BundleError> writeCapture(const Capture& capture, const fs::path& bundleURL) {
     return writeRecord(capture, bundleURL / kCaptureFile);
+}
+
+Result<void, BundleError> rewriteCapture(const Capture& capture, const fs::path& bundleURL) {
+    if (!isPresent(bundleURL / kCaptureFile)) return failure(BundleError(BundleError::MissingMetadata{}));
+    return writeCapture(capture, bundleURL);
 }
 
 Result<void, BundleError> writeVersion(const ProjectVersion& version, const fs::path& bundleURL) {
@@ -119,6 +114,12 @@ fs::path freeBundleURL(const fs::path& folder, const std::string& stem, const fs
     return url;
 }
 
+fs::path normalized(const fs::path& folder) {
+    std::error_code error;
+    const fs::path absolute = fs::absolute(folder, error).lexically_normal();
+    return absolute.has_filename() ? absolute : absolute.parent_path();
+}
+
 EditPayload initialEdit(std::span<const CursorEvent> cursorEvents, Seconds duration, IdSource& ids) {
     constexpr auto kFresh = TimelineKeyframeSource::GenerateFromCursorEvents;
     const EditingSettings settings;
@@ -146,6 +147,8 @@ ProjectVersion newOriginal(EditPayload edit, const Services& services) {
     original.isInitial = true;
     return original;
 }
+
+Date wholeSeconds(Date date) { return Date::fromUnixSeconds(date.unixSeconds()); }
 
 void giveMissingIDs(EditPayload& edit, IdSource& ids) {
     for (PositionKeyframe& key : edit.positionKeyframes)

@@ -73,6 +73,8 @@ struct Services {
 Result<Contents, BundleError> load(const std::filesystem::path& bundleURL, const Services& services);
 
 Result<void, BundleError> writeCapture(const Capture& capture, const std::filesystem::path& bundleURL);
+/// Only where there is a header: a project that was deleted behind the program's back must not reappear.
+Result<void, BundleError> rewriteCapture(const Capture& capture, const std::filesystem::path& bundleURL);
 /// Makes `versions/` where it is missing.
 Result<void, BundleError> writeVersion(const ProjectVersion& version, const std::filesystem::path& bundleURL);
 Result<void, BundleError> writeCursorEvents(std::span<const CursorEvent> events,
@@ -92,6 +94,9 @@ Result<std::filesystem::path, BundleError> renameBundle(const std::filesystem::p
 [[nodiscard]] std::filesystem::path freeBundleURL(const std::filesystem::path& folder, const std::string& stem,
                                                   const std::filesystem::path& present);
 
+/// Absolute, and without the slash that a shell leaves behind a folder's name.
+[[nodiscard]] std::filesystem::path normalized(const std::filesystem::path& folder);
+
 /// The first edit of a take: the whole recording, with the keys that its clicks and gestures generate.
 [[nodiscard]] EditPayload initialEdit(std::span<const CursorEvent> cursorEvents, Seconds duration, IdSource& ids);
 
@@ -99,6 +104,9 @@ Result<std::filesystem::path, BundleError> renameBundle(const std::filesystem::p
 [[nodiscard]] ProjectVersion newVersion(std::string name, EditPayload edit, const Services& services);
 /// The locked original of a project.
 [[nodiscard]] ProjectVersion newOriginal(EditPayload edit, const Services& services);
+
+/// Files hold whole seconds: with this a record in memory equals what is read back.
+[[nodiscard]] Date wholeSeconds(Date date);
 
 /// Gives an id to each position key that came without one from an old file.
 void giveMissingIDs(EditPayload& edit, IdSource& ids);

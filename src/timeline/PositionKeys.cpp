@@ -152,4 +152,13 @@ std::vector<PositionKeyframe> ephemeralPositionKeys(const std::vector<PositionKe
     return EphemeralPass(positions, std::move(zooms), padding, duration, ids).run();
 }
 
+std::vector<PositionKeyframe> cameraPositionKeys(const EditPayload& edit, Seconds duration) {
+    SeededIdSource passingIds(0); // of keys that are never stored
+    std::vector<PositionKeyframe> positions = refitPositionKeys(edit.positionKeyframes, edit.zoomKeyframes,
+                                                                edit.padding);
+    const auto pins = ephemeralPositionKeys(positions, edit.zoomKeyframes, edit.padding, duration, passingIds);
+    positions.insert(positions.end(), pins.begin(), pins.end());
+    return positions;
+}
+
 } // namespace morvelin

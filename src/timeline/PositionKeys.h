@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "core/Keyframes.h"
+#include "core/ProjectVersion.h"
 
 namespace morvelin {
 
@@ -18,5 +19,8 @@ namespace morvelin {
 [[nodiscard]] std::vector<PositionKeyframe> ephemeralPositionKeys(const std::vector<PositionKeyframe>& positions,
                                                                   std::vector<ZoomKeyframe> zooms, double padding,
                                                                   std::optional<Seconds> duration, IdSource& ids);
+
+/// Both passes in turn: the keys that the camera follows through an edit of this length.
+[[nodiscard]] std::vector<PositionKeyframe> cameraPositionKeys(const EditPayload& edit, Seconds duration);
 
 } // namespace morvelin

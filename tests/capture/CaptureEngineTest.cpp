@@ -102,7 +102,7 @@ private:
     bool m_isWaiting = false;
 };
 
-/// Writes down what a writer is told. Nothing reaches it twice at once: the capture thread alone calls it.
+/// Writes down what a writer is told by the capture thread.
 class WriterLog final : public MovieWriterFactory {
 public:
     struct Frame {
@@ -116,9 +116,16 @@ public:
         return std::make_unique<Writer>(*this);
     }
 
+    [[nodiscard]] std::vector<Frame> frames() const {
+        const std::lock_guard lock(m_mutex);
+        return m_frames;
+    }
+    [[nodiscard]] int flushes() const {
+        const std::lock_guard lock(m_mutex);
+        return m_flushes;
+    }
+
     MovieSettings settings;
-    std::vector<Frame> frames;
-    int flushes = 0;
     double end = -1;
     std::optional<std::size_t> failsAt; ///< the number of frames after which the disk is full
 
@@ -128,13 +135,15 @@ private:
         explicit Writer(WriterLog& log) : m_log(log) {}
         Result<void, MovieWriterError> append(const Picture& picture, Seconds time,
                                               std::span<const PixelBox> changed) override {
-            if (m_log.failsAt && m_log.frames.size() >= *m_log.failsAt)
+            const std::lock_guard lock(m_log.m_mutex);
+            if (m_log.failsAt && m_log.m_frames.size() >= *m_log.failsAt)
                 return failure(MovieWriterError{MovieWriterError::Kind::WritingFailed, "Full.", ENOSPC});
-            m_log.frames.push_back({time.value, {changed.begin(), changed.end()}, *picture.plane(0).data});
+            m_log.m_frames.push_back({time.value, {changed.begin(), changed.end()}, *picture.plane(0).data});
             return {};
         }
         Result<void, MovieWriterError> flush() override {
-            ++m_log.flushes;
+            const std::lock_guard lock(m_log.m_mutex);
+            ++m_log.m_flushes;
             return {};
         }
         Result<void, MovieWriterError> finish(Seconds endTime) override {
@@ -146,6 +155,10 @@ private:
     private:
         WriterLog& m_log;
     };
+
+    mutable std::mutex m_mutex; ///< guards the rest
+    std::vector<Frame> m_frames;
+    int m_flushes = 0;
 };
 
 class CaptureEngineTest : public testing::Test {
@@ -171,7 +184,7 @@ protected:
     }
     std::vector<double> times() const {
         std::vector<double> result;
-        for (const auto& frame : writers.frames) result.push_back(std::round(frame.time * 1000) / 1000);
+        for (const auto& frame : writers.frames()) result.push_back(std::round(frame.time * 1000) / 1000);
         return result;
     }
 
@@ -201,8 +214,8 @@ TEST_F(CaptureEngineTest, WritesEachChangeAtItsTimeAndEndsAtStop) {
     EXPECT_NEAR(recording->duration.value, 0.4, 1e-9);
     EXPECT_NEAR(writers.end, 0.4, 1e-9);
     EXPECT_EQ(times(), (std::vector{0.0, 0.1, 0.25}));
-    EXPECT_EQ(writers.frames[0].changed, (std::vector<PixelBox>{{0, 0, 64, 48}}));
-    EXPECT_EQ(writers.frames[1].changed, (std::vector<PixelBox>{{16, 16, 10, 8}})) << "with the chroma on its right";
+    EXPECT_EQ(writers.frames()[0].changed, (std::vector<PixelBox>{{0, 0, 64, 48}}));
+    EXPECT_EQ(writers.frames()[1].changed, (std::vector<PixelBox>{{16, 16, 10, 8}})) << "with the chroma on its right";
     EXPECT_EQ(writers.settings.container, MovieSettings::Container::FragmentedQuickTime);
     EXPECT_EQ(writers.settings.bitRate, 12'000'000);
     ASSERT_FALSE(lines.empty());
@@ -218,15 +231,15 @@ TEST_F(CaptureEngineTest, SlidesBackWhatFollowsAPause) {
     runFor(loop, 0.03_s);
     screen.change(begin + 10.3_s, {16, 16, 8, 8}, 20);
     runFor(loop, 0.03_s);
-    EXPECT_EQ(writers.frames.size(), 3U) << "no frame comes in a pause; the last one was said again to flush it";
-    EXPECT_EQ(writers.flushes, 1);
+    EXPECT_EQ(writers.frames().size(), 3U) << "no frame comes in a pause; the last one was said again to flush it";
+    EXPECT_EQ(writers.flushes(), 1);
     engine.resume(begin + 10.2_s);
     runFor(loop, 0.03_s);
     const auto recording = stop(10.5_s);
     ASSERT_TRUE(recording);
     EXPECT_NEAR(recording->duration.value, 0.5, 1e-9);
-    ASSERT_EQ(writers.frames.size(), 4U);
-    EXPECT_NEAR(writers.frames[3].time, 0.3, 1e-9);
+    ASSERT_EQ(writers.frames().size(), 4U);
+    EXPECT_NEAR(writers.frames()[3].time, 0.3, 1e-9);
 }
 
 TEST_F(CaptureEngineTest, EndsAPausedTakeWhereThePauseBegan) {
@@ -244,22 +257,22 @@ TEST_F(CaptureEngineTest, NeverWritesTwoFramesOfOneTimeAndLosesNeither) {
     screen.change(begin + 0.1_s, {0, 0, 2, 2}, 200); // the same moment
     runFor(loop, 0.3_s);
     ASSERT_TRUE(stop(1_s));
-    ASSERT_GE(writers.frames.size(), 3U);
-    EXPECT_GT(writers.frames[2].time, 0.1);
-    EXPECT_EQ(writers.frames[2].changed, (std::vector<PixelBox>{{0, 0, 4, 2}}));
-    EXPECT_GT(writers.frames[2].luma, 150) << "the late change is in the movie";
+    ASSERT_GE(writers.frames().size(), 3U);
+    EXPECT_GT(writers.frames()[2].time, 0.1);
+    EXPECT_EQ(writers.frames()[2].changed, (std::vector<PixelBox>{{0, 0, 4, 2}}));
+    EXPECT_GT(writers.frames()[2].luma, 150) << "the late change is in the movie";
 }
 
 TEST_F(CaptureEngineTest, FlushesOnceWithinASecondOfStillness) {
     ASSERT_TRUE(start());
     runFor(loop, 1.2_s);
-    EXPECT_EQ(writers.flushes, 1);
-    ASSERT_EQ(writers.frames.size(), 2U);
-    EXPECT_LT(writers.frames[1].time, 1);
-    EXPECT_TRUE(writers.frames[1].changed.empty());
+    EXPECT_EQ(writers.flushes(), 1);
+    ASSERT_EQ(writers.frames().size(), 2U);
+    EXPECT_LT(writers.frames()[1].time, 1);
+    EXPECT_TRUE(writers.frames()[1].changed.empty());
     runFor(loop, 1_s);
-    EXPECT_EQ(writers.flushes, 1) << "an idle screen costs nothing";
-    EXPECT_EQ(writers.frames.size(), 2U);
+    EXPECT_EQ(writers.flushes(), 1) << "an idle screen costs nothing";
+    EXPECT_EQ(writers.frames().size(), 2U);
     ASSERT_TRUE(stop(2.5_s));
 }
 

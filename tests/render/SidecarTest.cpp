@@ -1,3 +1,4 @@
+#include "core/base/Rounding.h"
 #include "render/EventsSidecar.h"
 
 #include <gmock/gmock.h>

@@ -95,13 +95,13 @@ Result<std::string, FileError> readFile(const fs::path& path) {
     struct stat status {};
     std::string content;
     constexpr std::size_t kBlock = 64 * 1024;
-    // The size is only a hint: files of the proc file system and growing files have another one. The extra block is for
-    // the read that finds the end, which would otherwise move all that has been read.
-    if (::fstat(fd.get(), &status) == 0 && status.st_size > 0)
-        content.reserve(static_cast<std::size_t>(status.st_size) + kBlock);
+    // The size is only a hint: files of the proc file system and growing files have another one. One byte more lets the
+    // read that finds the end find it without moving all that has been read.
+    std::size_t room = kBlock;
+    if (::fstat(fd.get(), &status) == 0 && status.st_size > 0) room = static_cast<std::size_t>(status.st_size) + 1;
     for (;;) {
         const std::size_t used = content.size();
-        content.resize(std::max(used + kBlock, content.capacity()));
+        content.resize(used < room ? room : used + kBlock);
         const ssize_t got = ::read(fd.get(), content.data() + used, content.size() - used);
         content.resize(used + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
         if (got < 0 && errno == EINTR) continue;

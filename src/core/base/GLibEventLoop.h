@@ -1,11 +1,11 @@
 // The program's real loop, on GLib's default context, which a Qt application shares.
 #pragma once
 
-#include "core/base/EventLoop.h"
+#include "core/base/DescriptorLoop.h"
 
 namespace morvelin {
 
-class GLibEventLoop final : public EventLoop {
+class GLibEventLoop final : public DescriptorLoop {
 public:
     GLibEventLoop();
     ~GLibEventLoop() override;
@@ -15,11 +15,10 @@ public:
     Timer every(Seconds interval, Action action) override;
     [[nodiscard]] HostTime now() const override;
     void offload(Action work, Action done) override;
+    Timer onReadable(int descriptor, Action action) override;
 
     /// Calls the action on the loop's thread whenever the process gets the signal (SIGINT, SIGTERM or SIGHUP).
     Timer onSignal(int signal, Action action);
-    /// Calls the action on the loop's thread whenever the descriptor can be read without blocking.
-    Timer onReadable(int descriptor, Action action);
 
     /// Runs until `quit`, which may have been called before.
     void run();

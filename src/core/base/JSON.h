@@ -45,8 +45,12 @@ struct JSONError {
 
 Result<JSONValue, JSONError> parseJSON(std::string_view text);
 
+/// Whether every number in it has a JSON form.
+[[nodiscard]] bool isFinite(const JSONValue& value);
+
 enum class JSONStyle { Compact, Pretty };
-/// UTF-8 text with sorted keys and unescaped slashes; bytes that are no UTF-8 become replacement characters.
+/// UTF-8 text with sorted keys and unescaped slashes; bytes that are no UTF-8 become replacement characters, and whole
+/// numbers below 2^53 have no fraction.
 [[nodiscard]] std::string writeJSON(const JSONValue& value, JSONStyle style);
 
 /// `Record` when fields are read, `const Record` when they are written: the one argument type of `describe`.

@@ -36,7 +36,7 @@ ButtonMonitor::ButtonMonitor(X11Connection connection, Action action)
 
 ButtonMonitor::~ButtonMonitor() {
     m_thread.request_stop();
-    m_wakeUp.raise();
+    m_wakeUp.ring();
 }
 
 /// Asks for raw events of all pointers. From version 2.1 on they come also while another client holds a grab.
@@ -61,7 +61,7 @@ void ButtonMonitor::listen(const std::stop_token& stop) {
     pthread_setname_np(pthread_self(), "morvelin.button");
     while (!stop.stop_requested() && m_connection.isAlive()) {
         while (const auto event = m_connection.poll()) handle(*event);
-        m_wakeUp.wait(m_connection.descriptor(), std::nullopt);
+        waitFor(m_connection.descriptor(), m_wakeUp, std::nullopt);
     }
 }
 

@@ -9,7 +9,7 @@
 #include "platform/Pointer.h"
 #include "platform/x11/ClickCounter.h"
 #include "platform/x11/ServerClock.h"
-#include "platform/x11/WakeUp.h"
+#include "platform/x11/HostClock.h"
 #include "platform/x11/X11Connection.h"
 
 namespace morvelin {

@@ -143,7 +143,7 @@ X11ScreenStream::Wait X11ScreenStream::waitForDamage(HostTime deadline) {
         // Once damage is known, more of it is no reason to wake before the frame is due.
         const int watched = hasWork ? -1 : m_connection.descriptor();
         const HostTime limit = hasWork ? std::min(m_nextDue, deadline) : deadline;
-        if (m_wakeUp.wait(watched, limit) == WakeUp::Outcome::Raised) return Wait::Interrupted;
+        if (waitFor(watched, m_wakeUp, limit) == WaitOutcome::Woken) return Wait::Interrupted;
     }
 }
 

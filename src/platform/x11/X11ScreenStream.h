@@ -9,7 +9,7 @@
 #include "platform/Screen.h"
 #include "platform/x11/ScreenImage.h"
 #include "platform/x11/SharedMemory.h"
-#include "platform/x11/WakeUp.h"
+#include "platform/x11/HostClock.h"
 #include "platform/x11/X11Connection.h"
 
 namespace morvelin {
@@ -22,7 +22,7 @@ public:
 
     [[nodiscard]] PixelSize size() const override { return m_image.size(); }
     Result<bool, ScreenError> next(Seconds timeout, const std::function<void(const ScreenFrame&)>& take) override;
-    void interrupt() override { m_wakeUp.raise(); }
+    void interrupt() override { m_wakeUp.ring(); }
 
 private:
     X11ScreenStream(X11Connection connection, SharedMemory memory, const ScreenStreamOptions& options,
