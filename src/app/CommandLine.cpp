@@ -1,7 +1,10 @@
 #include "app/CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <fmt/ranges.h>
 
+#include "agent/ToolCatalogue.h"
+#include "app/Commands.h"
 #include "app/Version.h"
 #include "core/base/JSON.h"
 
@@ -9,63 +12,176 @@ namespace morvelin {
 
 namespace {
 
-void describeRecord(CLI::App& app, RecordOptions& options, double& seconds) {
-    app.add_option("--display", options.display, "the display to record, by its id (default: the primary one)")
-        ->type_name("ID");
-    app.add_option("--seconds", seconds, "stop by itself after that many seconds (default: Ctrl-C stops)")
-        ->type_name("N")
-        ->check(CLI::Range(0.1, 86400.0).description(""));
-}
+using Action = ClientsOptions::Action;
 
-/// What the export's options are before they are values.
-struct ExportWords {
+/// What the user's words become as they are parsed; the command that was typed picks its own.
+struct Words {
+    RecordOptions record;
+    double seconds = 0;
+    ExportOptions exporting;
     std::string quality = "high";
+    CallOptions call;
+    ClientsOptions clients;
+    std::string shell;
+    Command chosen;
 };
 
-void describeExport(CLI::App& app, ExportOptions& options, ExportWords& words) {
-    app.add_option("project", options.project, "a project's folder or name (default: the one that changed last)")
+void addRecord(CLI::App& app, Words& words) {
+    CLI::App* record = app.add_subcommand("record", "Record a display; prints the project's path.");
+    record->add_option("--display", words.record.display, "the display to record, by its id (default: the primary one)")
+        ->type_name("ID");
+    record->add_option("--seconds", words.seconds, "stop by itself after that many seconds (default: Ctrl-C stops)")
+        ->type_name("N")
+        ->check(CLI::Range(0.1, 86400.0).description(""));
+    record->callback([&words] {
+        if (words.seconds > 0) words.record.seconds = Seconds(words.seconds);
+        words.chosen = words.record;
+    });
+}
+
+void addExport(CLI::App& app, Words& words) {
+    CLI::App* exporting = app.add_subcommand("export", "Render a project to MP4; prints the paths.");
+    exporting
+        ->add_option("project", words.exporting.project,
+                     "a project's folder or name (default: the one that changed last)")
         ->type_name("PROJECT");
-    app.add_option("--quality", words.quality, "very_low, low, medium, high or ultra (default: high)")
+    exporting->add_option("--quality", words.quality, "very_low, low, medium, high or ultra (default: high)")
         ->type_name("Q")
         ->check([](const std::string& word) {
             if (json::fromRawValue<VideoQuality>(word)) return std::string();
             return "“" + word + "” is none of very_low, low, medium, high and ultra.";
         });
-    app.add_flag("--for-ai", options.forAI, "small and plain, five frames a second, text kept legible: for a model");
-    app.add_option("--output", options.output, "the file to write (default: in ~/Movies/Morvelin/Exports)")
+    exporting->add_flag("--for-ai", words.exporting.forAI,
+                        "small and plain, five frames a second, text kept legible: for a model");
+    exporting
+        ->add_option("--output", words.exporting.output, "the file to write (default: in ~/Movies/Morvelin/Exports)")
         ->type_name("FILE");
+    exporting->callback([&words] {
+        words.exporting.quality = json::fromRawValue<VideoQuality>(words.quality).value_or(VideoQuality::High);
+        words.chosen = words.exporting;
+    });
+}
+
+void addServe(CLI::App& app, Words& words) {
+    app.add_subcommand("serve", "Serve agents, without windows, until Ctrl-C.")->callback([&words] {
+        words.chosen = ServeOptions{};
+    });
+}
+
+std::string toolNames() {
+    std::string names = "Tools:";
+    for (const MCPTool& tool : toolCatalogue()) names += "\n  " + tool.name;
+    return names;
+}
+
+void addCall(CLI::App& app, Words& words) {
+    CLI::App* call = app.add_subcommand("call", "Run one of the agents' tools; prints its result as JSON.");
+    call->add_option("tool", words.call.tool, "the tool's name")->type_name("TOOL")->required();
+    call->add_option("arguments", words.call.arguments,
+                     "the tool's arguments; records as JSON: rect='{\"x\":0.1,\"y\":0.1,\"width\":0.5,\"height\":0.5}'")
+        ->type_name("NAME=VALUE");
+    call->footer(toolNames);
+    call->callback([&words] { words.chosen = words.call; });
+}
+
+void addClients(CLI::App& app, Words& words) {
+    CLI::App* clients = app.add_subcommand("clients", "Agent clients, and what they may do.");
+    clients->require_subcommand(1);
+    const auto add = [&](Action action, const char* name, const std::string& description, const char* argument) {
+        CLI::App* command = clients->add_subcommand(name, description);
+        if (argument != nullptr)
+            command->add_option(argument, words.clients.name)->type_name(argument)->required()->description("");
+        command->callback([&words, action] {
+            words.clients.action = action;
+            words.chosen = words.clients;
+        });
+    };
+    add(Action::List, "list", "Show the known clients, and which names may control Morvelin.", nullptr);
+    add(Action::Allow, "allow", "Let a client of that name control Morvelin.", "NAME");
+    add(Action::Revoke, "revoke", "Take that permission back.", "NAME");
+    add(Action::Install, "install", "Set a client up: " + fmt::format("{}.", fmt::join(clientWords(), ", ")), "CLIENT");
+    add(Action::Uninstall, "uninstall", "Take Morvelin out of a client's settings.", "CLIENT");
+}
+
+void addCompletion(CLI::App& app, Words& words) {
+    CLI::App* completion = app.add_subcommand("completion", "Print a shell's completion script.");
+    completion->add_option("shell", words.shell, "bash, zsh or fish")
+        ->type_name("SHELL")
+        ->required()
+        ->check(CLI::IsMember({"bash", "zsh", "fish"}).description(""));
+    completion->callback(
+        [&words] { words.chosen = CompletionOptions{json::fromRawValue<Shell>(words.shell).value_or(Shell::Bash)}; });
+}
+
+void addCommands(CLI::App& app, Words& words) {
+    app.description(
+        "Records a screen with its pointer, makes a project with zooms that follow the clicks, renders it.");
+    app.name("morvelin");
+    app.set_version_flag("--version", std::string("morvelin ") + kVersion);
+    app.require_subcommand(1);
+    addRecord(app, words);
+    addExport(app, words);
+    addServe(app, words);
+    addCall(app, words);
+    addClients(app, words);
+    addCompletion(app, words);
+}
+
+template <class E>
+std::vector<std::string> rawTexts() {
+    std::vector<std::string> texts;
+    for (const auto& [value, raw] : rawValues(std::type_identity<E>{})) texts.emplace_back(raw);
+    return texts;
+}
+
+/// What an option's kind of value, as help shows it, means to a shell.
+CompletedWord completedWord(const CLI::Option& option) {
+    using Kind = CompletedWord::Kind;
+    const std::string type = option.get_type_name();
+    if (option.get_expected_max() == 0) return {Kind::None, {}};
+    if (type == "FILE" || type == "PROJECT") return {Kind::File, {}};
+    if (type == "TOOL") return {Kind::ToolArguments, {}};
+    if (type == "Q") return {Kind::Choice, rawTexts<VideoQuality>()};
+    if (type == "SHELL") return {Kind::Choice, rawTexts<Shell>()};
+    if (type == "CLIENT") return {Kind::Choice, clientWords()};
+    return {Kind::Text, {}};
+}
+
+CompletedCommand completedCommand(const CLI::App& app) {
+    CompletedCommand command{app.get_name(), app.get_description(), {}, {}, {}};
+    for (const CLI::Option* option : app.get_options()) {
+        if (!option->get_lnames().empty())
+            command.options.push_back(
+                {"--" + option->get_lnames().front(), option->get_description(), completedWord(*option)});
+        else if (option->get_type_name() != "NAME=VALUE") // the tool's own word brings them
+            command.operands.push_back(completedWord(*option));
+    }
+    for (const CLI::App* each : app.get_subcommands({})) command.commands.push_back(completedCommand(*each));
+    return command;
 }
 
 } // namespace
 
 Command parseCommandLine(int argc, const char* const* argv) {
-    CLI::App app("Records a screen with its pointer, makes a project with zooms that follow the clicks, renders it.",
-                 "morvelin");
-    app.set_version_flag("--version", std::string("morvelin ") + kVersion);
-    app.require_subcommand(1);
-
-    RecordOptions record;
-    double seconds = 0;
-    CLI::App* recordCommand = app.add_subcommand("record", "Record a display; prints the project's path.");
-    describeRecord(*recordCommand, record, seconds);
-
-    ExportOptions exportOptions;
-    ExportWords words;
-    CLI::App* exportCommand = app.add_subcommand("export", "Render a project to MP4; prints the paths.");
-    describeExport(*exportCommand, exportOptions, words);
-
+    CLI::App app;
+    Words words;
+    addCommands(app, words);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         std::ostringstream out;
         std::ostringstream errors;
         const int status = app.exit(error, out, errors);
-        return ParsedText{out.str() + errors.str(), status == 0 ? 0 : 2};
+        return ParsedText{out.str() + errors.str(), status == 0 ? kSuccess : kWrongWords};
     }
-    if (seconds > 0) record.seconds = Seconds(seconds);
-    if (recordCommand->parsed()) return record;
-    exportOptions.quality = json::fromRawValue<VideoQuality>(words.quality).value_or(VideoQuality::High);
-    return exportOptions;
+    return words.chosen;
+}
+
+CompletedCommand commandTree() {
+    CLI::App app;
+    Words words;
+    addCommands(app, words);
+    return completedCommand(app);
 }
 
 } // namespace morvelin

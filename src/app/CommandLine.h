@@ -5,7 +5,9 @@
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
+#include "agent/ShellCompletion.h"
 #include "core/base/Time.h"
 #include "render/ExportSettings.h"
 
@@ -19,10 +21,32 @@ struct RecordOptions {
 
 /// `morvelin export`
 struct ExportOptions {
-    std::optional<std::filesystem::path> project; ///< absent means the project that changed last
+    std::optional<std::string> project; ///< absent means the project that changed last
     VideoQuality quality = VideoQuality::High;
     bool forAI = false;
     std::optional<std::filesystem::path> output;
+};
+
+/// `morvelin serve`
+struct ServeOptions {};
+
+/// `morvelin call`
+struct CallOptions {
+    std::string tool;
+    std::vector<std::string> arguments; ///< `name=value` each
+};
+
+/// `morvelin clients`
+struct ClientsOptions {
+    enum class Action { List, Allow, Revoke, Install, Uninstall };
+
+    Action action = Action::List;
+    std::string name; ///< of the client; empty for `List`
+};
+
+/// `morvelin completion`
+struct CompletionOptions {
+    Shell shell = Shell::Bash;
 };
 
 /// Text to print before the program ends: help, the version, or what was wrong with the words typed.
@@ -31,9 +55,13 @@ struct ParsedText {
     int exitStatus = 0;
 };
 
-using Command = std::variant<RecordOptions, ExportOptions, ParsedText>;
+using Command = std::variant<RecordOptions, ExportOptions, ServeOptions, CallOptions, ClientsOptions, CompletionOptions,
+                             ParsedText>;
 
 /// Reads the program's arguments, the program's name first.
 [[nodiscard]] Command parseCommandLine(int argc, const char* const* argv);
+
+/// The same commands as shells complete them.
+[[nodiscard]] CompletedCommand commandTree();
 
 } // namespace morvelin

@@ -8,9 +8,16 @@ namespace morvelin {
 
 inline constexpr int kSuccess = 0;
 inline constexpr int kFailure = 1;
+inline constexpr int kWrongWords = 2;
 inline constexpr int kStoppedByUser = 130; ///< as a shell gives it for Ctrl-C
 
 int runRecord(Composition& composition, const RecordOptions& options);
 int runExport(Composition& composition, const ExportOptions& options);
+int runServe(Composition& composition);
+int runCall(Composition& composition, const CallOptions& options);
+int runClients(Composition& composition, const ClientsOptions& options);
+/// What the agent clients are called on the command line.
+[[nodiscard]] std::vector<std::string> clientWords();
+int runCompletion(const CompletionOptions& options);
 
 } // namespace morvelin

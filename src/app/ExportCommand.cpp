@@ -6,9 +6,10 @@
 #include <fmt/core.h>
 
 #include "app/ProgressLine.h"
-#include "app/ProjectChoice.h"
 #include "app/Version.h"
+#include "platform/DefaultsKeys.h"
 #include "render/ExportEngine.h"
+#include "storage/ProjectsFolder.h"
 
 namespace morvelin {
 
@@ -42,11 +43,23 @@ std::string progressText(const ExportProgress& progress, Seconds elapsed) {
     return text;
 }
 
-ExportRequest requestOf(const ExportOptions& options) {
+Result<std::filesystem::path, std::string> chosenProject(const Composition& composition,
+                                                         const std::optional<std::string>& wanted) {
+    const ProjectsFolder library(composition.moviesFolder("Projects"));
+    if (!wanted) {
+        if (auto last = library.lastModified()) return std::move(*last);
+        return failure(std::string("There are no recordings in your Projects folder yet."));
+    }
+    if (auto named = library.find(*wanted, composition.home)) return std::move(*named);
+    return failure(fmt::format("There is no project at {}.", *wanted));
+}
+
+ExportRequest requestOf(const ExportOptions& options, const Defaults& settings) {
     ExportRequest request;
     request.quality = options.quality;
     request.purpose = options.forAI ? ExportPurpose::ForAI : ExportPurpose::Viewing;
     request.output = options.output;
+    request.sidecars = settings.get(defaults::kFounderModeEnabled) ? SidecarChoice::Written : SidecarChoice::None;
     return request;
 }
 
@@ -55,7 +68,7 @@ class ExportRun {
 public:
     ExportRun(Composition& composition, const ExportOptions& options)
         : m_composition(composition),
-          m_request(requestOf(options)),
+          m_request(requestOf(options, *composition.defaults)),
           m_engine({*composition.movieReaders, *composition.movieWriters, m_activity, composition.ids,
                     composition.clock, composition.log, composition.home, kVersion}) {}
 
@@ -106,7 +119,7 @@ private:
 } // namespace
 
 int runExport(Composition& composition, const ExportOptions& options) {
-    const auto bundle = chooseProject(options.project, composition.moviesFolder("Projects"));
+    const auto bundle = chosenProject(composition, options.project);
     if (!bundle) {
         fmt::print(stderr, "{}\n", bundle.error());
         return kFailure;

@@ -3,10 +3,6 @@
 
 namespace morvelin {
 
-#ifdef MORVELIN_VERSION
-inline constexpr const char* kVersion = MORVELIN_VERSION;
-#else
-inline constexpr const char* kVersion = "dev";
-#endif
+extern const char* const kVersion;
 
 } // namespace morvelin

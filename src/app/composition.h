@@ -4,14 +4,18 @@
 #include <filesystem>
 #include <memory>
 
+#include "agent/MCPInstaller.h"
+#include "agent/MorvelinCommandRouter.h"
 #include "core/base/Date.h"
 #include "core/base/GLibEventLoop.h"
 #include "core/base/Identity.h"
 #include "core/base/Log.h"
+#include "platform/Defaults.h"
 #include "platform/MovieReader.h"
 #include "platform/MovieWriter.h"
 #include "platform/Pointer.h"
 #include "platform/Screen.h"
+#include "platform/Trash.h"
 
 namespace morvelin {
 
@@ -24,7 +28,12 @@ struct Composition {
     GLibEventLoop loop;
     std::unique_ptr<MovieReaderFactory> movieReaders;
     std::unique_ptr<MovieWriterFactory> movieWriters;
+    std::unique_ptr<Defaults> defaults;
+    std::unique_ptr<Trash> trash;
 
+    /// What the agents' tools work with.
+    [[nodiscard]] MorvelinCommandRouter::Services routerServices();
+    [[nodiscard]] MCPInstaller::Places installerPlaces() const;
     /// A folder below "Movies/Morvelin": "Projects" or "Exports".
     [[nodiscard]] std::filesystem::path moviesFolder(const char* name) const {
         return home / "Movies" / "Morvelin" / name;
@@ -37,7 +46,7 @@ struct Desktop {
     std::unique_ptr<PointerSource> pointer;
 };
 
-[[nodiscard]] std::unique_ptr<Composition> compose();
+[[nodiscard]] std::unique_ptr<Composition> compose(Log log = standardErrorLog());
 [[nodiscard]] Desktop connectDesktop();
 
 } // namespace morvelin

@@ -17,7 +17,7 @@ endforeach()
 add_library(header_check OBJECT EXCLUDE_FROM_ALL ${header_sources})
 target_include_directories(header_check PRIVATE ${PROJECT_SOURCE_DIR}/src)
 target_compile_options(header_check PRIVATE -O0)
-target_link_libraries(header_check PRIVATE morvelin_options nlohmann_json::nlohmann_json fmt::fmt)
+target_link_libraries(header_check PRIVATE morvelin_options nlohmann_json::nlohmann_json fmt::fmt PkgConfig::glib)
 add_test(NAME house/HeadersStandAlone
     COMMAND ${CMAKE_COMMAND} --build ${PROJECT_BINARY_DIR} --target header_check)
 set_tests_properties(house/HeadersStandAlone PROPERTIES LABELS house TIMEOUT 900)

@@ -16,6 +16,10 @@ struct RunCommand {
     }
     int operator()(const RecordOptions& options) const { return runRecord(*compose(), options); }
     int operator()(const ExportOptions& options) const { return runExport(*compose(), options); }
+    int operator()(const ServeOptions&) const { return runServe(*compose(standardOutputLog())); }
+    int operator()(const CallOptions& options) const { return runCall(*compose(), options); }
+    int operator()(const ClientsOptions& options) const { return runClients(*compose(), options); }
+    int operator()(const CompletionOptions& options) const { return runCompletion(options); }
 };
 
 } // namespace

@@ -1,0 +1,54 @@
+// The one table of commands: each tool's name and what it runs. Families of tools fill it; the router reads it.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <unordered_map>
+
+#include "agent/ArgumentReader.h"
+#include "agent/MCPToolError.h"
+#include "agent/MCPToolResult.h"
+#include "core/base/Task.h"
+
+namespace morvelin {
+
+/// A tool's facts, or the sentence that says why it failed.
+using ToolOutcome = Result<JSONValue, std::string>;
+
+/// Fails a tool with any of the typed errors.
+template <class Error>
+[[nodiscard]] auto refusal(const Error& error) {
+    return failure(std::string(error.description()));
+}
+
+[[nodiscard]] inline auto invalidArgument(std::string name, std::string reason) {
+    return refusal(MCPToolError(MCPToolError::InvalidArgument{std::move(name), std::move(reason)}));
+}
+
+class CommandTable {
+public:
+    /// A tool that may wait in between. It is given the arguments to keep.
+    using Command = std::function<Task<ToolOutcome>(JSONValue arguments)>;
+    /// A tool that ends within the call.
+    using Immediate = std::function<ToolOutcome(const ArgumentReader&)>;
+
+    void add(std::string tool, Immediate run) {
+        addWaiting(std::move(tool), [run = std::move(run)](JSONValue arguments) { return runAtOnce(run, arguments); });
+    }
+    void addWaiting(std::string tool, Command run) { m_commands.emplace(std::move(tool), std::move(run)); }
+
+    /// Null for a name that no family took. The table outlives every call.
+    [[nodiscard]] const Command* find(const std::string& tool) const {
+        const auto found = m_commands.find(tool);
+        return found != m_commands.end() ? &found->second : nullptr;
+    }
+
+private:
+    static Task<ToolOutcome> runAtOnce(const Immediate& run, JSONValue arguments) {
+        co_return run(ArgumentReader(arguments));
+    }
+
+    std::unordered_map<std::string, Command> m_commands;
+};
+
+} // namespace morvelin

@@ -1,0 +1,43 @@
+// The single place where a tool's name becomes work. Owned by the server, or by a command that works on the files.
+#pragma once
+
+#include <memory>
+
+#include "agent/AgentFolders.h"
+#include "agent/CommandTable.h"
+#include "agent/ProjectSnapshot.h"
+#include "agent/ReadingTools.h"
+#include "agent/ToolRouter.h"
+#include "agent/VersionTools.h"
+#include "platform/Trash.h"
+#include "storage/ProjectBundle.h"
+
+namespace morvelin {
+
+/// Confined to the main thread.
+class MorvelinCommandRouter final : public ToolRouter {
+public:
+    struct Services {
+        AgentFolders folders;
+        ProjectBundle::Services bundles;
+        EventLoop& loop;
+        Trash& trash;
+    };
+
+    explicit MorvelinCommandRouter(Services services);
+    MorvelinCommandRouter(const MorvelinCommandRouter&) = delete;
+    MorvelinCommandRouter& operator=(const MorvelinCommandRouter&) = delete;
+
+    [[nodiscard]] Task<MCPToolResult> call(std::string tool, JSONValue arguments, std::string clientName) override;
+    [[nodiscard]] std::vector<MCPResource> resources() override;
+    [[nodiscard]] Result<JSONValue, MCPToolError> readResource(const std::string& uri) override;
+
+private:
+    Services m_services;
+    ProjectSnapshots m_snapshots;
+    ReadingTools m_readingTools;
+    VersionTools m_versionTools;
+    CommandTable m_commands;
+};
+
+} // namespace morvelin

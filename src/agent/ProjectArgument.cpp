@@ -1,0 +1,34 @@
+#include "agent/ProjectArgument.h"
+
+#include "core/base/Text.h"
+
+namespace morvelin {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kProject = "project";
+
+Result<fs::path, MCPToolError> found(const std::string& pathOrName, const AgentFolders& folders) {
+    if (auto bundle = folders.projects.find(pathOrName, folders.home)) return std::move(*bundle);
+    return failure(MCPToolError(MCPToolError::ProjectNotFound{pathOrName}));
+}
+
+} // namespace
+
+Result<fs::path, MCPToolError> resolveProject(const ArgumentReader& arguments, const AgentFolders& folders) {
+    const std::string wanted = arguments.text(kProject).value_or("");
+    if (!wanted.empty()) return found(wanted, folders);
+    if (auto last = folders.projects.lastModified()) return std::move(*last);
+    return failure(MCPToolError(MCPToolError::NoProjects{}));
+}
+
+Result<fs::path, MCPToolError> resolveNamedProject(const ArgumentReader& arguments, const AgentFolders& folders) {
+    const std::string wanted = trimmed(arguments.text(kProject).value_or(""));
+    if (!wanted.empty()) return found(wanted, folders);
+    return failure(MCPToolError(MCPToolError::InvalidArgument{
+        kProject, "expected the project's path or name. This tool never falls back to the most recent project"}));
+}
+
+} // namespace morvelin

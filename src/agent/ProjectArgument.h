@@ -1,0 +1,21 @@
+// Which project a tool call means.
+#pragma once
+
+#include <filesystem>
+
+#include "agent/AgentFolders.h"
+#include "agent/ArgumentReader.h"
+#include "agent/MCPToolError.h"
+#include "core/base/Result.h"
+
+namespace morvelin {
+
+/// The `project` argument: a path or a name; without one the project that changed last.
+Result<std::filesystem::path, MCPToolError> resolveProject(const ArgumentReader& arguments,
+                                                           const AgentFolders& folders);
+
+/// The same for a tool that must never fall back to another project than the one it was given.
+Result<std::filesystem::path, MCPToolError> resolveNamedProject(const ArgumentReader& arguments,
+                                                                const AgentFolders& folders);
+
+} // namespace morvelin

@@ -1,0 +1,33 @@
+#include "agent/ToolCatalogue.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "agent/ToolTable.h"
+
+namespace morvelin {
+
+namespace {
+
+std::vector<MCPTool> buildCatalogue() {
+    std::vector<MCPTool> all;
+    for (const auto chapter : {table::recordingTools, table::inputTools, table::readingTools, table::annotationTools,
+                               table::narrationTools, table::transcriptTools, table::cuttingTools, table::zoomTools,
+                               table::projectTools, table::styleTools, table::exportTools})
+        std::ranges::move(chapter(), std::back_inserter(all));
+    return all;
+}
+
+} // namespace
+
+const std::vector<MCPTool>& toolCatalogue() {
+    static const std::vector<MCPTool> catalogue = buildCatalogue();
+    return catalogue;
+}
+
+const MCPTool* findTool(std::string_view name) {
+    const auto found = std::ranges::find(toolCatalogue(), name, &MCPTool::name);
+    return found == toolCatalogue().end() ? nullptr : &*found;
+}
+
+} // namespace morvelin

@@ -1,0 +1,42 @@
+// How the tracks of a timeline read in tool results: one record for each fragment, click, ramp, key and annotation.
+// All times are seconds of the edit timeline, positions fractions of the captured area, rounded to 3 decimals.
+#pragma once
+
+#include <vector>
+
+#include "core/CursorEvent.h"
+#include "core/Keyframes.h"
+#include "core/ProjectVersion.h"
+#include "core/Transcript.h"
+#include "core/base/JSON.h"
+#include "timeline/FragmentMap.h"
+
+namespace morvelin {
+
+/// A record of a track, and the span that it is about.
+struct DescribedMoment {
+    EditTime start;
+    EditTime end;
+    JSONValue record;
+};
+
+using DescribedTrack = std::vector<DescribedMoment>;
+
+[[nodiscard]] DescribedTrack describeFragments(const FragmentMap& fragments);
+[[nodiscard]] DescribedTrack describeClicks(const std::vector<ClickPing>& clicks);
+
+/// A ramp and the level it holds up to the next one. Its focal point is that of the first key it owns.
+[[nodiscard]] DescribedTrack describeZooms(const EditPayload& edit);
+
+/// Each stored key, and the centre that the frame ends up at.
+[[nodiscard]] DescribedTrack describePositions(const EditPayload& edit);
+
+[[nodiscard]] DescribedTrack describeAnnotations(const EditPayload& edit);
+[[nodiscard]] JSONValue describeAnnotation(const FocusKeyframe& focus);
+[[nodiscard]] JSONValue describeAnnotation(const MaskKeyframe& mask);
+[[nodiscard]] JSONValue describeAnnotation(const TapTapKeyframe& tapTap);
+
+/// The transcript's lines where the edit still shows them.
+[[nodiscard]] DescribedTrack describeNarration(const FounderSourceTranscript& transcript, const FragmentMap& fragments);
+
+} // namespace morvelin

@@ -1,0 +1,7 @@
+#include "app/Version.h"
+
+namespace morvelin {
+
+const char* const kVersion = MORVELIN_VERSION;
+
+} // namespace morvelin
