@@ -1,6 +1,8 @@
 #include "relay/RequestScan.h"
 
 #include <algorithm>
+#include <charconv>
+#include <system_error>
 
 namespace relay {
 
@@ -10,7 +12,6 @@ constexpr std::string_view kNull = "null";
 constexpr auto kNotFound = std::string_view::npos;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isHexDigit(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 
 /// How many bytes of a well-formed UTF-8 character begin the text; 0 when none does.
 std::size_t characterLength(std::string_view text) {
@@ -26,14 +27,24 @@ std::size_t characterLength(std::string_view text) {
     return isOverlong || isBeyond ? 0 : length;
 }
 
-/// The length of the escape that begins with a backslash; 0 when it is none.
+/// The unit that an escape of the form \uXXXX stands for; nothing when none begins the text.
+std::optional<unsigned> escapedUnit(std::string_view text) {
+    if (text.size() < 6 || !text.starts_with("\\u")) return std::nullopt;
+    unsigned unit = 0;
+    const auto [end, error] = std::from_chars(text.data() + 2, text.data() + 6, unit, 16);
+    if (error != std::errc() || end != text.data() + 6) return std::nullopt;
+    return unit;
+}
+
+/// The length of the escape that begins with a backslash, of both halves where a character takes two; 0 when it is none.
 std::size_t escapeLength(std::string_view text) {
     if (text.size() < 2) return 0;
     if (text[1] != 'u') return std::string_view("\"\\/bfnrt").find(text[1]) == kNotFound ? 0 : 2;
-    if (text.size() < 6) return 0;
-    for (std::size_t i = 2; i < 6; ++i)
-        if (!isHexDigit(text[i])) return 0;
-    return 6;
+    const auto unit = escapedUnit(text);
+    if (!unit || (*unit >= 0xdc00 && *unit <= 0xdfff)) return 0;
+    if (*unit < 0xd800 || *unit > 0xdfff) return 6;
+    const auto second = escapedUnit(text.substr(6));
+    return second && *second >= 0xdc00 && *second <= 0xdfff ? 12 : 0;
 }
 
 /// Reads a line from its beginning; each step takes what it reads away, and gives nothing when it isn't there.

@@ -1,8 +1,17 @@
 #include "storage/BundleFiles.h"
 
+#include <algorithm>
+
 namespace morvelin::ProjectBundle {
 
 namespace fs = std::filesystem;
+
+bool hasBundleExtension(std::string_view name) {
+    constexpr std::string_view kLowerCase = kExtension;
+    if (name.size() <= kLowerCase.size()) return false;
+    return std::ranges::equal(name.substr(name.size() - kLowerCase.size()), kLowerCase, {},
+                              [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+}
 
 fs::path versionFile(const fs::path& bundleURL, const UUID& id) {
     return bundleURL / kVersionsFolder / (id.text() + ".json");

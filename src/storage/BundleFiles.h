@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <string>
+#include <string_view>
 
 #include "core/base/Files.h"
 #include "core/base/Identity.h"
@@ -23,6 +24,9 @@ inline constexpr const char* kCursorsFolder = "cursors";
 inline constexpr const char* kVersionsFolder = "versions";
 inline constexpr const char* kLegacyMetadataFile = "metadata.json";
 inline constexpr const char* kConvertedMetadataFile = "legacy-metadata.json";
+
+/// Whether a folder of that name may be a project, in whatever case its extension is written.
+[[nodiscard]] bool hasBundleExtension(std::string_view name);
 
 /// `versions/<UUID>.json`
 [[nodiscard]] std::filesystem::path versionFile(const std::filesystem::path& bundleURL, const UUID& id);

@@ -54,13 +54,6 @@ private:
     DIR* m_stream;
 };
 
-bool hasBundleExtension(std::string_view name) {
-    constexpr std::string_view kExtension = ProjectBundle::kExtension;
-    if (name.size() <= kExtension.size()) return false;
-    return std::ranges::equal(name.substr(name.size() - kExtension.size()), kExtension, {},
-                              [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-}
-
 /// The newest of what edits touch; a bundle without any of it counts as changed when its folder was. Nothing where no
 /// folder lies.
 std::optional<Date> modificationDate(const Folder& library, const std::string& bundleName) {
@@ -89,7 +82,7 @@ std::vector<ProjectsFolder::Entry> ProjectsFolder::byModification() const {
     Folder library(m_folder);
     std::vector<Bundle> bundles;
     while (const char* name = library.next())
-        if (*name != '.' && hasBundleExtension(name)) bundles.push_back({name, {}});
+        if (*name != '.' && ProjectBundle::hasBundleExtension(name)) bundles.push_back({name, {}});
     inParallel(bundles.size(),
                [&](std::size_t i) { bundles[i].modified = modificationDate(library, bundles[i].name); });
     std::erase_if(bundles, [](const Bundle& bundle) { return !bundle.modified; });
@@ -112,7 +105,7 @@ std::optional<fs::path> ProjectsFolder::find(const std::string& pathOrName, cons
     const fs::path path = expandingTilde(pathOrName, home);
     std::error_code error;
     if (fs::exists(path, error)) return fs::absolute(path, error).lexically_normal();
-    if (hasBundleExtension(pathOrName) && !path.has_parent_path()) return named(path.stem());
+    if (ProjectBundle::hasBundleExtension(pathOrName) && !path.has_parent_path()) return named(path.stem());
     return named(pathOrName);
 }
 

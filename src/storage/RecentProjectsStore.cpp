@@ -29,13 +29,6 @@ namespace {
 /// How takes of Talk mode were named before headers told the kind.
 constexpr std::string_view kTalkModePrefix = "Talk mode ";
 
-bool hasProjectExtension(const fs::path& path) {
-    std::string extension = path.extension().string();
-    std::ranges::transform(extension, extension.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return extension == ProjectBundle::kExtension;
-}
-
 std::optional<RecentProjectHeader> readHeader(const fs::path& bundleURL) {
     auto text = readFile(bundleURL / ProjectBundle::kCaptureFile);
     if (!text && text.error().code == ENOENT) text = readFile(bundleURL / ProjectBundle::kLegacyMetadataFile);
@@ -66,7 +59,7 @@ Result<std::vector<RecentProject>, FileError> RecentProjectsStore::list() const 
 
 std::optional<RecentProject> RecentProjectsStore::entry(const fs::path& bundleURL) {
     // A file of that name has no recording below it.
-    if (!hasProjectExtension(bundleURL) || !ProjectBundle::isPresent(bundleURL / ProjectBundle::kRecordingFile))
+    if (!ProjectBundle::hasBundleExtension(bundleURL.filename().native()) || !ProjectBundle::isPresent(bundleURL / ProjectBundle::kRecordingFile))
         return std::nullopt;
     const auto header = readHeader(bundleURL);
     if (!header) return std::nullopt;

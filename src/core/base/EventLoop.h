@@ -67,7 +67,8 @@ public:
     }
 };
 
-/// `co_await onWorker(loop, [=] { return slowly(); })`: runs the function off the main thread, goes on upon it.
+/// `co_await onWorker(loop, [&] { return slowly(); })`: runs the function off the main thread, goes on upon it. What a
+/// lambda captures by value, GCC 12 destroys twice; the coroutine's own variables live long enough to be referred to.
 template <class Function>
 [[nodiscard]] auto onWorker(EventLoop& loop, Function function) {
     using Value = std::invoke_result_t<Function&>;

@@ -51,7 +51,7 @@ bool isEmptyFraction(std::string_view json, std::size_t at) {
 }
 
 /// The library turns to exponents at 10^15, below the last number that has all its whole neighbours.
-bool isExponentOfWholeNumber(std::string_view json, std::size_t at) {
+bool isExponentOfLongNumber(std::string_view json, std::size_t at) {
     return json.substr(at, 4) == "e+15" && isDigit(json[at - 1]) && (at + 4 == json.size() || !isDigit(json[at + 4]));
 }
 
@@ -69,13 +69,12 @@ std::string withPlainWholeNumbers(std::string json) {
             at = endOfText(json, at + 1) - 1;
         } else if (isEmptyFraction(json, at)) {
             replace(at, at + 2, "");
-        } else if (json[at] == 'e' && isExponentOfWholeNumber(json, at)) {
+        } else if (json[at] == 'e' && isExponentOfLongNumber(json, at)) {
             std::size_t begin = at;
             while (begin > 0 && (isDigit(json[begin - 1]) || json[begin - 1] == '.' || json[begin - 1] == '-')) --begin;
-            const JSONValue number = JSONValue::parse(json.begin() + static_cast<std::ptrdiff_t>(begin),
-                                                      json.begin() + static_cast<std::ptrdiff_t>(at) + 4);
-            if (std::abs(number.get<double>()) < 0x1p53)
-                replace(begin, at + 4, fmt::format("{:.0f}", number.get<double>()));
+            const double number = JSONValue::parse(json.data() + begin, json.data() + at + 4).get<double>();
+            const bool isWhole = number == std::trunc(number) && std::abs(number) < 0x1p53;
+            if (isWhole) replace(begin, at + 4, fmt::format("{:.0f}", number));
         }
     }
     if (taken == 0) return json;
