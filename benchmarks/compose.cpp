@@ -107,7 +107,8 @@ std::vector<DenseZoomFrame> still(double zoom) { return {{EditTime(0), zoom, 0.4
 /// A camera that never rests: in and out between `low` and `high`, once in four seconds.
 std::vector<DenseZoomFrame> restless(double low, double high) {
     std::vector<DenseZoomFrame> frames;
-    for (double t = 0; t < 120; t += 0.1) {
+    for (int tenth = 0; tenth < 1200; ++tenth) {
+        const double t = tenth / 10.0;
         const double phase = (1 - std::cos(t * std::numbers::pi / 2)) / 2;
         frames.push_back({EditTime(t), low + (high - low) * phase, 0.4 + 0.1 * phase, 0.45 - 0.05 * phase});
     }
@@ -117,7 +118,8 @@ std::vector<DenseZoomFrame> restless(double low, double high) {
 /// A pointer that never rests.
 std::vector<CursorEvent> circling() {
     std::vector<CursorEvent> events;
-    for (double t = 0; t < 120; t += 1.0 / 30) {
+    for (int sample = 0; sample < 120 * 30; ++sample) {
+        const double t = sample / 30.0;
         CursorEvent event;
         event.timestamp = SourceTime(t);
         event.x = 0.5 + 0.3 * std::cos(1.7 * t);

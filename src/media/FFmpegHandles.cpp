@@ -18,7 +18,7 @@ void FreeFFmpeg::operator()(AVPacket* packet) const { av_packet_free(&packet); }
 void FreeFFmpeg::operator()(SwsContext* scaler) const { sws_freeContext(scaler); }
 
 void FreeFFmpeg::operator()(AVIOContext* io) const {
-    av_freep(&io->buffer); // the buffer may have been replaced since it was handed over
+    av_freep(static_cast<void*>(&io->buffer)); // the buffer may have been replaced since it was handed over
     avio_context_free(&io);
 }
 

@@ -119,7 +119,7 @@ Result<FrameHandle, MovieReaderError> FFmpegMovieReader::decodeForwardTo(std::in
         }
         const auto found = m_track.index.numberOf((*frame)->best_effort_timestamp);
         if (!found) continue; // cut away by the container's edit list
-        m_decoded = *found;
+        m_decoded = found;
         if (*found == number) return frame;
         if (*found > number) return damagedNear(number);
     }

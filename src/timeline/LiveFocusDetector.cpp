@@ -20,6 +20,7 @@ std::vector<FocusKeyframe> LiveFocusDetector::scan(std::span<const CursorEvent> 
     if (m_moves <= FocusDetector::kTooFewMoves) return {};
 
     std::vector<FocusKeyframe> focuses;
+    focuses.reserve(m_unreported.size());
     for (const auto& detection : m_unreported) focuses.push_back(focusKeyframe(detection, 0_s, ids));
     m_unreported.clear();
     return focuses;

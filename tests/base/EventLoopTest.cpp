@@ -69,7 +69,7 @@ TEST_P(Loops, RunPostsInOrderAndTimersByTime) {
     const auto early = loop().after(0.01_s, note("early"));
     loop().post(note("first"));
     loop().post([this] {
-        m_noted.push_back("second");
+        m_noted.emplace_back("second");
         loop().post(note("nested"));
     });
     EXPECT_TRUE(m_noted.empty()) << "nothing runs before the loop does";
@@ -114,7 +114,7 @@ Task<int> half(EventLoop& loop, int value) {
 }
 
 Task<void> story(EventLoop& loop, std::vector<std::string>& noted) {
-    noted.push_back("begins");
+    noted.emplace_back("begins");
     noted.push_back(std::to_string(co_await half(loop, 84)));
     const std::string worked = co_await onWorker(loop, [] { return std::string("worked"); });
     noted.push_back(worked);
@@ -194,7 +194,7 @@ TEST(GLibLoop, HearsSignalsAndReadableDescriptors) {
     std::vector<std::string> heard;
     std::array<int, 2> ends{};
     ASSERT_EQ(::pipe(ends.data()), 0);
-    auto onSignal = driven.real.onSignal(SIGHUP, [&] { heard.push_back("signal"); });
+    auto onSignal = driven.real.onSignal(SIGHUP, [&] { heard.emplace_back("signal"); });
     auto onReadable = driven.real.onReadable(ends[0], [&] {
         char byte = 0;
         if (::read(ends[0], &byte, 1) == 1) heard.push_back(std::string("byte ") + byte);

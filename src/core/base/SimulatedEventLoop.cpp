@@ -18,7 +18,8 @@ EventLoop::Timer SimulatedEventLoop::every(Seconds interval, Action action) {
     return Timer([this, key] { m_due.erase(std::exchange(*key, Key{HostTime(-1), 0})); });
 }
 
-void SimulatedEventLoop::scheduleEvery(std::shared_ptr<Key> key, Seconds interval, std::shared_ptr<Action> action) {
+void SimulatedEventLoop::scheduleEvery(const std::shared_ptr<Key>& key, Seconds interval,
+                                       const std::shared_ptr<Action>& action) {
     const Key due = *key;
     schedule(due, [this, key, interval, action] {
         *key = {m_now + interval, m_nextNumber++};

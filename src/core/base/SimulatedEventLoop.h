@@ -23,7 +23,7 @@ private:
     using Key = std::pair<HostTime, std::uint64_t>;
 
     void schedule(Key key, Action action);
-    void scheduleEvery(std::shared_ptr<Key> key, Seconds interval, std::shared_ptr<Action> action);
+    void scheduleEvery(const std::shared_ptr<Key>& key, Seconds interval, const std::shared_ptr<Action>& action);
 
     HostTime m_now;
     std::uint64_t m_nextNumber = 0; ///< keeps the order of what is due at the same time
