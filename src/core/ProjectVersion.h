@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/AudioTracks.h"
+#include "core/Captions.h"
 #include "core/Keyframes.h"
 #include "core/Style.h"
 #include "core/VideoFragment.h"
@@ -59,7 +60,7 @@ struct EditPayload {
     std::optional<CursorSettings> cursor;
     bool captionsEnabled = true;
     double captionSize = 1;
-    std::optional<JSONValue> captions; ///< a caption track, carried as it stands in the file
+    std::optional<CaptionTrack> captions;
     std::optional<CameraSettings> camera;
     bool cameraEnabled = true;
     std::optional<std::vector<AudioTrackRef>> audioTracks;

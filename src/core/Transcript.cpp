@@ -23,32 +23,35 @@ bool opensSegment(const std::vector<TranscriptWord>& open, const TranscriptWord&
            word.endT - open.front().t > kLongestSegment + kTolerance;
 }
 
-TranscriptSegment closed(std::vector<TranscriptWord> words) {
-    TranscriptSegment segment;
-    segment.t = words.front().t;
-    segment.endT = words.back().endT;
-    double confidence = 0;
+} // namespace
+
+std::string textOf(std::span<const TranscriptWord> words) {
+    std::string text;
     for (const TranscriptWord& word : words) {
-        if (!segment.text.empty()) segment.text += ' ';
-        segment.text += word.text;
-        confidence += word.confidence;
+        if (!text.empty()) text += ' ';
+        text += word.text;
     }
+    return text;
+}
+
+TranscriptSegment TranscriptSegment::of(std::vector<TranscriptWord> words) {
+    double confidence = 0;
+    for (const TranscriptWord& word : words) confidence += word.confidence;
+    TranscriptSegment segment{words.front().t, words.back().endT, textOf(words), 0, {}};
     segment.confidence = roundedTo3Decimals(confidence / static_cast<double>(words.size()));
     segment.words = std::move(words);
     return segment;
 }
-
-} // namespace
 
 std::vector<TranscriptSegment> FounderSourceTranscript::segmentsFrom(std::vector<TranscriptWord> words) {
     std::ranges::stable_sort(words, {}, &TranscriptWord::t);
     std::vector<TranscriptSegment> segments;
     std::vector<TranscriptWord> open;
     for (TranscriptWord& word : words) {
-        if (opensSegment(open, word)) segments.push_back(closed(std::exchange(open, {})));
+        if (opensSegment(open, word)) segments.push_back(TranscriptSegment::of(std::exchange(open, {})));
         open.push_back(std::move(word));
     }
-    if (!open.empty()) segments.push_back(closed(std::move(open)));
+    if (!open.empty()) segments.push_back(TranscriptSegment::of(std::move(open)));
     return segments;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,9 @@ void describe(Fields& fields, Same<Fields, TranscriptWord>& word) {
     fields.required("confidence", word.confidence);
 }
 
+/// The words' texts, joined by one blank.
+[[nodiscard]] std::string textOf(std::span<const TranscriptWord> words);
+
 /// A phrase: words without a long pause or an end mark between them.
 struct TranscriptSegment {
     SourceTime t;
@@ -36,6 +40,10 @@ struct TranscriptSegment {
     std::vector<TranscriptWord> words;
 
     bool operator==(const TranscriptSegment&) const = default;
+
+    /// Takes its times from the first and the last word, its text from all, and the mean of their confidence. There
+    /// must be a word.
+    [[nodiscard]] static TranscriptSegment of(std::vector<TranscriptWord> words);
 };
 
 template <class Fields>

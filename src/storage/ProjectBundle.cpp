@@ -153,6 +153,9 @@ Date wholeSeconds(Date date) { return Date::fromUnixSeconds(date.unixSeconds());
 void giveMissingIDs(EditPayload& edit, IdSource& ids) {
     for (PositionKeyframe& key : edit.positionKeyframes)
         if (key.id == UUID{}) key.id = ids.next();
+    if (!edit.captions) return;
+    for (CaptionCue& cue : edit.captions->cues)
+        if (cue.id == UUID{}) cue.id = ids.next();
 }
 
 } // namespace morvelin::ProjectBundle

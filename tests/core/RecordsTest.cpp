@@ -34,7 +34,8 @@ ProjectVersion fullVersion() {
     edit.tapTapStyle = TapTapStyle::Glove;
     edit.tapTapScale = 1.25;
     edit.cursor = CursorSettings{false, CursorStyle::FrostedAmber, 2, 0.25};
-    edit.captions = json(R"({"cues":[1,2.5,null],"language":"en"})");
+    edit.captions = CaptionTrack{
+        1, "tracks", "en", Date::fromUnixSeconds(3), {{ids.next(), 1_s, 2_s, "One two", {{1_s, 1.5_s, "One", 0.5}}}}};
     edit.camera = CameraSettings{{0, 0, 0.25, 0.25}, 0.5, true, -0.25_s};
     edit.audioTracks = {AudioTrackRef::recording(), {ids.next(), ids.next(), false, {{}}}};
     edit.narrationTakeID = ids.next();
@@ -78,6 +79,29 @@ TEST(ProjectVersions, OnlyTheseKeysMayBeMissing) {
         JSONValue without = version;
         without.erase(key);
         EXPECT_FALSE(fromJSON<ProjectVersion>(without)) << key;
+    }
+}
+
+TEST(Captions, OfOtherProgramsOpenWhereOnlyTheirLinesAreBare) {
+    const auto track = [](const char* cues) {
+        return fromJSON<CaptionTrack>(json(std::string(
+            R"({"version":2,"engine":"e","createdAt":"2026-01-01T00:00:00Z","mood":"glad","cues":[)" + std::string(cues) +
+            "]}")));
+    };
+    const char* words = R"("words":[{"t":1,"endT":1.5,"text":"a","confidence":1},
+                                    {"t":1.5,"endT":2,"text":"b","confidence":1}])";
+    const auto bare = track(R"({"t":1,"endT":2})").value().cues.at(0);
+    EXPECT_EQ(bare, (CaptionCue{{}, 1_s, 2_s, "", {}})) << "whoever opens the file gives it an id";
+    EXPECT_EQ(track((R"({"t":1,"endT":2,)" + std::string(words) + "}").c_str()).value().cues.at(0).text, "a b");
+    EXPECT_EQ(track((R"({"t":1,"endT":2,"text":"",)" + std::string(words) + "}").c_str()).value().cues.at(0).text, "")
+        << "an empty line is a line without text";
+    EXPECT_FALSE(track(R"({"t":1})"));
+    EXPECT_FALSE(track(R"({"t":1,"endT":2,"id":"no id"})"));
+    for (const char* key : {"version", "engine", "createdAt", "cues"}) {
+        JSONValue without = toJSON(CaptionTrack{});
+        EXPECT_EQ(without.size(), 4u) << "an absent language has no key";
+        without.erase(key);
+        EXPECT_FALSE(fromJSON<CaptionTrack>(without)) << key;
     }
 }
 
