@@ -22,9 +22,14 @@ MorvelinCommandRouter::MorvelinCommandRouter(Services services)
     : m_services(std::move(services)),
       m_snapshots(m_services.bundles),
       m_readingTools(m_services.folders, m_snapshots),
-      m_versionTools({m_services.folders, m_services.bundles, m_snapshots, m_services.loop, m_services.trash}) {
+      m_versionTools({m_services.folders, m_services.bundles, m_snapshots, m_services.loop, m_services.trash}),
+      m_editTools({m_services.folders,
+                   {m_services.bundles, m_services.loop, m_services.liveEditors},
+                   m_services.images,
+                   m_services.movies}) {
     m_readingTools.addTo(m_commands);
     m_versionTools.addTo(m_commands);
+    m_editTools.addTo(m_commands);
     RecordingTools().addTo(m_commands);
 }
 

@@ -5,6 +5,7 @@
 
 #include "agent/AgentFolders.h"
 #include "agent/CommandTable.h"
+#include "agent/EditTools.h"
 #include "agent/ProjectSnapshot.h"
 #include "agent/ReadingTools.h"
 #include "agent/ToolRouter.h"
@@ -22,6 +23,9 @@ public:
         ProjectBundle::Services bundles;
         EventLoop& loop;
         Trash& trash;
+        const ImageFileProbe& images;
+        MovieReaderFactory& movies;
+        LiveEditors liveEditors = {}; ///< none: no editor runs
     };
 
     explicit MorvelinCommandRouter(Services services);
@@ -37,6 +41,7 @@ private:
     ProjectSnapshots m_snapshots;
     ReadingTools m_readingTools;
     VersionTools m_versionTools;
+    EditTools m_editTools;
     CommandTable m_commands;
 };
 

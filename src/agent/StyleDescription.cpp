@@ -19,19 +19,13 @@ std::string hexadecimal(const CodableColor& color) {
     return fmt::format("#{:02X}{:02X}{:02X}", byteOf(color.red), byteOf(color.green), byteOf(color.blue));
 }
 
-/// The path in a file URL; a plain path is given as it stands.
-std::string pathOf(const std::string& url) {
-    constexpr std::string_view kScheme = "file://";
-    if (!url.starts_with(kScheme)) return url;
-    return percentDecoded(std::string_view(url).substr(kScheme.size())).value_or(url);
-}
-
 JSONValue describeBackground(const Background& background) {
     switch (background.type) {
     case BackgroundType::Gradient: return {{"type", "gradient"}, {"name", background.gradientPresetID}};
     case BackgroundType::Wallpaper: return {{"type", "wallpaper"}, {"name", background.wallpaperName}};
     case BackgroundType::SolidColor: return {{"type", "color"}, {"color", hexadecimal(background.solidColor)}};
-    case BackgroundType::Image: return {{"type", "image"}, {"path", pathOf(background.imageURL.value_or(""))}};
+    case BackgroundType::Image:
+        return {{"type", "image"}, {"path", pathOfFileURL(background.imageURL.value_or("")).string()}};
     }
     std::unreachable();
 }

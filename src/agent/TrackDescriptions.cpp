@@ -117,11 +117,25 @@ DescribedTrack describeZooms(const EditPayload& edit) {
     return track;
 }
 
+JSONValue describeZoom(const EditPayload& edit, const UUID& id) {
+    const auto zoom = std::ranges::find(edit.zoomKeyframes, id, &ZoomKeyframe::id);
+    const auto aim = aims(edit.positionKeyframes);
+    const auto found = aim.find(id);
+    return zoomRecord(*zoom, found != aim.end() ? found->second : nullptr);
+}
+
 DescribedTrack describePositions(const EditPayload& edit) {
     DescribedTrack track;
     for (const PositionKeyframe& key : refitPositionKeys(edit.positionKeyframes, edit.zoomKeyframes, edit.padding))
         if (!key.isEphemeral) track.push_back({key.time, key.time, positionRecord(key)});
     return track;
+}
+
+JSONValue describePositions(const EditPayload& edit, const std::function<bool(const PositionKeyframe&)>& isWanted) {
+    JSONValue list = JSONValue::array();
+    for (const PositionKeyframe& key : refitPositionKeys(edit.positionKeyframes, edit.zoomKeyframes, edit.padding))
+        if (isWanted(key)) list.push_back(positionRecord(key));
+    return list;
 }
 
 JSONValue describeAnnotation(const FocusKeyframe& focus) {

@@ -2,6 +2,7 @@
 // All times are seconds of the edit timeline, positions fractions of the captured area, rounded to 3 decimals.
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "core/CursorEvent.h"
@@ -27,9 +28,14 @@ using DescribedTrack = std::vector<DescribedMoment>;
 
 /// A ramp and the level it holds up to the next one. Its focal point is that of the first key it owns.
 [[nodiscard]] DescribedTrack describeZooms(const EditPayload& edit);
+/// The record of one ramp, which has to be there.
+[[nodiscard]] JSONValue describeZoom(const EditPayload& edit, const UUID& id);
 
 /// Each stored key, and the centre that the frame ends up at.
 [[nodiscard]] DescribedTrack describePositions(const EditPayload& edit);
+/// The records of the keys that a filter lets through.
+[[nodiscard]] JSONValue describePositions(const EditPayload& edit,
+                                          const std::function<bool(const PositionKeyframe&)>& isWanted);
 
 [[nodiscard]] DescribedTrack describeAnnotations(const EditPayload& edit);
 [[nodiscard]] JSONValue describeAnnotation(const FocusKeyframe& focus);

@@ -5,6 +5,7 @@
 #include <pwd.h>
 #include <unistd.h>
 
+#include "media/FFmpegImageProbe.h"
 #include "media/FFmpegMovieReader.h"
 #include "media/FFmpegMovieWriter.h"
 #include "platform/linux/GioTrash.h"
@@ -45,11 +46,12 @@ std::unique_ptr<Composition> compose(Log log) {
     composition->movieWriters = std::make_unique<FFmpegMovieWriterFactory>();
     composition->defaults = std::make_unique<KeyFileDefaults>(configFolder(composition->home), composition->log);
     composition->trash = std::make_unique<GioTrash>();
+    composition->images = std::make_unique<FFmpegImageProbe>(*composition->movieReaders);
     return composition;
 }
 
 MorvelinCommandRouter::Services Composition::routerServices() {
-    return {AgentFolders::below(home), {ids, clock, log}, loop, *trash};
+    return {AgentFolders::below(home), {ids, clock, log}, loop, *trash, *images, *movieReaders};
 }
 
 MCPInstaller::Places Composition::installerPlaces() const {

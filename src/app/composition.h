@@ -11,6 +11,7 @@
 #include "core/base/Identity.h"
 #include "core/base/Log.h"
 #include "platform/Defaults.h"
+#include "platform/ImageFile.h"
 #include "platform/MovieReader.h"
 #include "platform/MovieWriter.h"
 #include "platform/Pointer.h"
@@ -30,6 +31,7 @@ struct Composition {
     std::unique_ptr<MovieWriterFactory> movieWriters;
     std::unique_ptr<Defaults> defaults;
     std::unique_ptr<Trash> trash;
+    std::unique_ptr<ImageFileProbe> images;
 
     /// What the agents' tools work with.
     [[nodiscard]] MorvelinCommandRouter::Services routerServices();

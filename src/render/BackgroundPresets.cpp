@@ -1,6 +1,9 @@
 #include "render/BackgroundPresets.h"
 
 #include <algorithm>
+#include <charconv>
+
+#include "core/base/Text.h"
 
 namespace morvelin::BackgroundPresets {
 
@@ -82,6 +85,14 @@ const Preset& found(std::span<const Preset> presets, std::string_view id, std::s
     return match != presets.end() ? *match : *std::ranges::find(presets, otherwise, &Preset::id);
 }
 
+/// Of six hexadecimal digits.
+std::optional<CodableColor> colorOf(std::string_view digits) {
+    unsigned value = 0;
+    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value, 16);
+    if (digits.size() != 6 || error != std::errc() || end != digits.data() + 6) return std::nullopt;
+    return CodableColor{(value >> 16) / 255.0, (value >> 8 & 255) / 255.0, (value & 255) / 255.0, 1};
+}
+
 } // namespace
 
 std::span<const GradientPreset> gradients() { return kGradients; }
@@ -95,6 +106,40 @@ const WallpaperPreset& wallpaper(std::string_view id) {
 std::span<const std::string_view> wallpaperIDs() { return kWallpaperIDs; }
 
 std::span<const SolidPreset> solids() { return kSolids; }
+
+std::optional<Background> named(std::string_view name, Background base) {
+    const auto isCalled = [wanted = caseFolded(trimmed(name))](std::string_view each) {
+        return caseFolded(each) == wanted;
+    };
+    const auto gradientWith = [&](std::string_view GradientPreset::*what) {
+        return std::ranges::find_if(kGradients, isCalled, what);
+    };
+    const auto inGradient = [&](const GradientPreset* preset) {
+        base.type = BackgroundType::Gradient;
+        base.gradientPresetID = preset->id;
+        return base;
+    };
+    const auto inColor = [&](CodableColor color) {
+        base.type = BackgroundType::SolidColor;
+        base.solidColor = color;
+        return base;
+    };
+    if (isCalled(kNone)) return inColor({0, 0, 0, 1});
+    if (const auto preset = gradientWith(&GradientPreset::id); preset != std::end(kGradients))
+        return inGradient(preset);
+    if (const auto id = std::ranges::find_if(kWallpaperIDs, isCalled); id != std::end(kWallpaperIDs)) {
+        base.type = BackgroundType::Wallpaper;
+        base.wallpaperName = *id;
+        return base;
+    }
+    if (const auto solid = std::ranges::find_if(kSolids, isCalled, &SolidPreset::name); solid != std::end(kSolids))
+        return inColor(*colorOf(solid->hex));
+    if (const auto preset = gradientWith(&GradientPreset::name); preset != std::end(kGradients))
+        return inGradient(preset);
+    const std::string text = trimmed(name);
+    const auto color = text.starts_with('#') ? colorOf(std::string_view(text).substr(1)) : std::nullopt;
+    return color ? std::optional(inColor(*color)) : std::nullopt;
+}
 
 std::vector<std::string> names() {
     std::vector<std::string> all;

@@ -3,10 +3,13 @@
 
 #include <array>
 #include <initializer_list>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "core/Style.h"
 
 namespace morvelin::BackgroundPresets {
 
@@ -62,5 +65,9 @@ inline constexpr std::string_view kNone = "none";
 
 /// Every name that chooses a background: gradients and wallpapers by id, plain colours by name, and `kNone`.
 [[nodiscard]] std::vector<std::string> names();
+
+/// The background of that name, also by a gradient's display name, or of a colour as `#RRGGBB`; `base` gives what the
+/// name does not set. Case doesn't matter. Nothing where nothing has that name.
+[[nodiscard]] std::optional<Background> named(std::string_view name, Background base);
 
 } // namespace morvelin::BackgroundPresets

@@ -59,7 +59,8 @@ Result<std::vector<RecentProject>, FileError> RecentProjectsStore::list() const 
 
 std::optional<RecentProject> RecentProjectsStore::entry(const fs::path& bundleURL) {
     // A file of that name has no recording below it.
-    if (!ProjectBundle::hasBundleExtension(bundleURL.filename().native()) || !ProjectBundle::isPresent(bundleURL / ProjectBundle::kRecordingFile))
+    if (!ProjectBundle::hasBundleExtension(bundleURL.filename().native()) ||
+        !ProjectBundle::isPresent(bundleURL / ProjectBundle::kRecordingFile))
         return std::nullopt;
     const auto header = readHeader(bundleURL);
     if (!header) return std::nullopt;

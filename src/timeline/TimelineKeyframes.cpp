@@ -2,37 +2,22 @@
 
 #include <algorithm>
 
-#include "timeline/ClickPings.h"
-#include "timeline/FocusDetector.h"
-#include "timeline/TapTapDetector.h"
+#include "timeline/ZoomAttractions.h"
 #include "timeline/ZoomEngine.h"
 
 namespace morvelin {
 
 namespace {
 
-/// A gesture attracts an automatic zoom just as a click does.
-template <class Detection>
-ClickPing clickOf(const Detection& detection) {
-    return {uncutEditTime(detection.startTime), detection.center.x, detection.center.y, MouseButton::Left, 1};
-}
-
 TimelineKeyframes generate(std::span<const CursorEvent> events, Seconds duration, const EditingSettings& settings,
                            IdSource& ids) {
     TimelineKeyframes made;
     if (events.empty()) return made;
 
-    const PointerTrack track = PointerTrack::of(events);
-    std::vector<ClickPing> clicks = clickPings(events);
-    for (const auto& detection : FocusDetector().detect(track)) {
-        made.focuses.push_back(focusKeyframe(detection, duration, ids));
-        clicks.push_back(clickOf(detection));
-    }
-    for (const auto& detection : TapTapDetector().detect(track)) {
-        made.tapTaps.push_back(tapTapKeyframe(detection, duration, ids));
-        clicks.push_back(clickOf(detection));
-    }
-    ZoomTracks tracks = ZoomEngine().generateKeyframes(std::move(clicks), settings, duration, ids);
+    const PointerGestures gestures = PointerGestures::of(events);
+    for (const auto& detection : gestures.focuses) made.focuses.push_back(focusKeyframe(detection, duration, ids));
+    for (const auto& detection : gestures.tapTaps) made.tapTaps.push_back(tapTapKeyframe(detection, duration, ids));
+    ZoomTracks tracks = ZoomEngine().generateKeyframes(zoomAttractions(events, gestures), settings, duration, ids);
     made.zoom = std::move(tracks.zoom);
     made.position = std::move(tracks.position);
     return made;

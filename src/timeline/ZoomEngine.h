@@ -19,6 +19,8 @@ struct ZoomEngineConfig {
 struct ZoomTracks {
     std::vector<ZoomKeyframe> zoom;
     std::vector<PositionKeyframe> position;
+
+    bool operator==(const ZoomTracks&) const = default;
 };
 
 /// Pure: holds no state between generations.

@@ -5,6 +5,8 @@
 
 #include "agent/MorvelinCommandRouter.h"
 #include "core/base/SimulatedEventLoop.h"
+#include "media/FFmpegImageProbe.h"
+#include "media/FFmpegMovieReader.h"
 #include "storage/BundleOnDisk.h"
 
 namespace morvelin {
@@ -82,7 +84,9 @@ protected:
     std::vector<std::string> m_log;
     SimulatedEventLoop m_loop;
     FolderTrash m_trash{m_home.path() / "Trash"};
-    MorvelinCommandRouter m_router{{m_folders, services(), m_loop, m_trash}};
+    FFmpegMovieReaderFactory m_movies;
+    FFmpegImageProbe m_images{m_movies};
+    MorvelinCommandRouter m_router{{m_folders, services(), m_loop, m_trash, m_images, m_movies, {}}};
 };
 
 } // namespace morvelin

@@ -83,17 +83,16 @@ TEST(ProjectVersions, OnlyTheseKeysMayBeMissing) {
 }
 
 TEST(Captions, OfOtherProgramsOpenWhereOnlyTheirLinesAreBare) {
-    const auto track = [](const char* cues) {
-        return fromJSON<CaptionTrack>(json(std::string(
-            R"({"version":2,"engine":"e","createdAt":"2026-01-01T00:00:00Z","mood":"glad","cues":[)" + std::string(cues) +
-            "]}")));
+    const auto track = [](const std::string& cues) {
+        const std::string head = R"({"version":2,"engine":"e","createdAt":"2026-01-01T00:00:00Z","mood":"glad",)";
+        return fromJSON<CaptionTrack>(json(head + R"("cues":[)" + cues + "]}"));
     };
-    const char* words = R"("words":[{"t":1,"endT":1.5,"text":"a","confidence":1},
+    const std::string words = R"("words":[{"t":1,"endT":1.5,"text":"a","confidence":1},
                                     {"t":1.5,"endT":2,"text":"b","confidence":1}])";
     const auto bare = track(R"({"t":1,"endT":2})").value().cues.at(0);
     EXPECT_EQ(bare, (CaptionCue{{}, 1_s, 2_s, "", {}})) << "whoever opens the file gives it an id";
-    EXPECT_EQ(track((R"({"t":1,"endT":2,)" + std::string(words) + "}").c_str()).value().cues.at(0).text, "a b");
-    EXPECT_EQ(track((R"({"t":1,"endT":2,"text":"",)" + std::string(words) + "}").c_str()).value().cues.at(0).text, "")
+    EXPECT_EQ(track(R"({"t":1,"endT":2,)" + words + "}").value().cues.at(0).text, "a b");
+    EXPECT_EQ(track(R"({"t":1,"endT":2,"text":"",)" + words + "}").value().cues.at(0).text, "")
         << "an empty line is a line without text";
     EXPECT_FALSE(track(R"({"t":1})"));
     EXPECT_FALSE(track(R"({"t":1,"endT":2,"id":"no id"})"));

@@ -159,16 +159,20 @@ TEST_F(OpenBundle, TheLockedOriginalIsNeverTheCurrentVersion) {
     EXPECT_EQ(open().value().currentVersionID, draft.id) << "the first version that can be edited";
 }
 
-TEST_F(OpenBundle, AFileNameWinsOverTheIdInsideAndOldPositionKeysGetTheirs) {
+TEST_F(OpenBundle, AFileNameWinsOverTheIdInsideAndOldRecordsGetTheirs) {
     ProjectVersion draft = version("Draft");
     JSONValue text = toJSON(draft);
     text["id"] = m_ids.next().text();
     for (JSONValue& key : text["edit"]["positionKeyframes"]) key.erase("id");
+    text["edit"]["captions"] = toJSON(CaptionTrack{1, "e", {}, {}, {{{}, 0_s, 1_s, "a", {}}, {{}, 1_s, 2_s, "b", {}}}});
+    for (JSONValue& cue : text["edit"]["captions"]["cues"]) cue.erase("id");
     put(m_url / "versions" / (draft.id.text() + ".json"), writeJSON(text, JSONStyle::Compact));
     ASSERT_TRUE(writeCapture(header({draft.id}, draft.id), m_url));
     const Contents contents = open().value();
     EXPECT_EQ(contents.currentVersion().id, draft.id);
     EXPECT_NE(contents.currentVersion().edit.positionKeyframes.at(0).id, UUID{});
+    const auto& cues = contents.currentVersion().edit.captions.value().cues;
+    EXPECT_TRUE(cues.at(0).id != UUID{} && cues.at(1).id != UUID{} && cues.at(0).id != cues.at(1).id);
 }
 
 /// Whatever write the disk refuses, the folder is as it was and a later opening works.

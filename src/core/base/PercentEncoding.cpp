@@ -8,6 +8,8 @@ namespace morvelin {
 
 namespace {
 
+constexpr std::string_view kFileScheme = "file://";
+
 bool isPlain(unsigned char byte) {
     return (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z');
 }
@@ -48,6 +50,17 @@ std::optional<std::string> percentDecoded(std::string_view text) {
         at += 2;
     }
     return decoded;
+}
+
+std::string fileURL(const std::filesystem::path& path) {
+    std::string url(kFileScheme);
+    for (const auto& name : path.relative_path()) url += '/' + percentEncoded(name.native());
+    return url;
+}
+
+std::filesystem::path pathOfFileURL(const std::string& url) {
+    if (!url.starts_with(kFileScheme)) return url;
+    return percentDecoded(std::string_view(url).substr(kFileScheme.size())).value_or(url);
 }
 
 } // namespace morvelin
