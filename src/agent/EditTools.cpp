@@ -24,13 +24,19 @@ void EditTools::addTo(CommandTable& commands) {
     add(commands, "annotate", AnnotationTools::annotate);
     add(commands, "update_annotation", AnnotationTools::update);
     add(commands, "remove_annotation", AnnotationTools::remove);
-    const auto style = [this](auto method) {
-        return [this, method](EditedProject& project, const ArgumentReader& arguments) {
-            return (m_style.*method)(project, arguments);
+    const auto of = [](const auto& tools, auto method) {
+        return [&tools, method](EditedProject& project, const ArgumentReader& arguments) {
+            return (tools.*method)(project, arguments);
         };
     };
-    add(commands, "set_style", style(&StyleTools::setStyle));
-    add(commands, "set_camera", style(&StyleTools::setCamera));
+    add(commands, "set_style", of(m_style, &StyleTools::setStyle));
+    add(commands, "set_camera", of(m_style, &StyleTools::setCamera));
+    add(commands, "narrate", of(m_words, &WordTools::narrate));
+    add(commands, "clear_narration", of(m_words, &WordTools::clearNarration));
+    add(commands, "edit_transcript", of(m_words, &WordTools::editTranscript));
+    add(commands, "export_captions", of(m_words, &WordTools::exportCaptions));
+    add(commands, "transcription_status", of(m_words, &WordTools::transcriptionStatus));
+    add(commands, "use_narration_take", of(m_words, &WordTools::useNarrationTake));
 }
 
 void EditTools::add(CommandTable& commands, const char* name, EditTool tool) {

@@ -5,6 +5,7 @@
 #include "agent/CommandTable.h"
 #include "agent/MCPProjectEditor.h"
 #include "agent/StyleTools.h"
+#include "agent/WordTools.h"
 
 namespace morvelin {
 
@@ -20,7 +21,8 @@ public:
 
     explicit EditTools(Services services)
         : m_services(std::move(services)),
-          m_style(m_services.images, m_services.movies, m_services.folders.home) {}
+          m_style(m_services.images, m_services.movies, m_services.folders.home),
+          m_words(m_services.movies, m_services.folders.home, m_services.folders.exports) {}
 
     void addTo(CommandTable& commands);
 
@@ -30,6 +32,7 @@ private:
 
     Services m_services;
     StyleTools m_style;
+    WordTools m_words;
 };
 
 } // namespace morvelin
