@@ -23,7 +23,7 @@ struct Words {
     CallOptions call;
     ClientsOptions clients;
     std::string shell;
-    Command chosen;
+    std::optional<Command> chosen;
 };
 
 void addRecord(CLI::App& app, Words& words) {
@@ -118,7 +118,7 @@ void addCommands(CLI::App& app, Words& words) {
         "Records a screen with its pointer, makes a project with zooms that follow the clicks, renders it.");
     app.name("morvelin");
     app.set_version_flag("--version", std::string("morvelin ") + kVersion);
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1); // a word that is no command is then named as such
     addRecord(app, words);
     addExport(app, words);
     addServe(app, words);
@@ -174,7 +174,7 @@ Command parseCommandLine(int argc, const char* const* argv) {
         const int status = app.exit(error, out, errors);
         return ParsedText{out.str() + errors.str(), status == 0 ? kSuccess : kWrongWords};
     }
-    return words.chosen;
+    return words.chosen.value_or(ParsedText{app.help(), kWrongWords});
 }
 
 CompletedCommand commandTree() {
