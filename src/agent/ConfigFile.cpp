@@ -41,16 +41,6 @@ fs::path linkTarget(fs::path file) {
     return file;
 }
 
-bool writeAll(int fd, std::string_view content) {
-    while (!content.empty()) {
-        const ssize_t written = ::write(fd, content.data(), content.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) return false;
-        content.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-}
-
 /// Content on its way into a file's place. Until it gets there, nothing of it stays when this goes.
 class PendingFile {
 public:

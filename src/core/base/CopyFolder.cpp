@@ -17,17 +17,6 @@ namespace {
 
 constexpr std::size_t kBlock = 4 * 1024 * 1024;
 
-bool writeAll(int fd, const char* bytes, std::size_t count) {
-    while (count > 0) {
-        const ssize_t written = ::write(fd, bytes, count);
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) return false;
-        bytes += written;
-        count -= static_cast<std::size_t>(written);
-    }
-    return true;
-}
-
 /// From where both descriptors stand to the end; errno tells why when it fails.
 bool copyByReading(int from, int to, const std::stop_token& stop) {
     const auto block = std::make_unique<char[]>(kBlock);
@@ -35,7 +24,7 @@ bool copyByReading(int from, int to, const std::stop_token& stop) {
         const ssize_t got = ::read(from, block.get(), kBlock);
         if (got == 0) return true;
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0 || !writeAll(to, block.get(), static_cast<std::size_t>(got))) return false;
+        if (got < 0 || !writeAll(to, {block.get(), static_cast<std::size_t>(got)})) return false;
     }
     errno = ECANCELED;
     return false;

@@ -10,40 +10,16 @@
 
 #include <fmt/format.h>
 
+#include "core/base/OwnedDescriptor.h"
+
 namespace morvelin {
 
 namespace fs = std::filesystem;
 
 namespace {
 
-/// An open descriptor that closes itself.
-class Descriptor {
-public:
-    explicit Descriptor(int fd) : m_fd(fd) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (m_fd >= 0) ::close(m_fd);
-    }
-    int get() const { return m_fd; }
-    bool isOpen() const { return m_fd >= 0; }
-
-private:
-    int m_fd;
-};
-
 std::unexpected<FileError> lastError(FileError::Operation operation, const fs::path& path) {
     return failure(FileError{operation, path, errno});
-}
-
-bool writeAll(int fd, std::string_view content) {
-    while (!content.empty()) {
-        const ssize_t written = ::write(fd, content.data(), content.size());
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) return false;
-        content.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
 }
 
 fs::path folderOf(const fs::path& path) { return path.has_parent_path() ? path.parent_path() : fs::path("."); }
@@ -51,7 +27,7 @@ fs::path folderOf(const fs::path& path) { return path.has_parent_path() ? path.p
 /// A rename is only safe against a power cut once its folder is on disk. Some file systems refuse to sync a folder;
 /// there is nothing better to do on those.
 void syncFolder(const fs::path& folder) {
-    const Descriptor fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const OwnedDescriptor fd(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (fd.isOpen()) (void)::fsync(fd.get());
 }
 
@@ -88,8 +64,18 @@ std::string FileError::description() const {
     return fmt::format("Could not {} {}: {}", verb, path.string(), std::strerror(code));
 }
 
+bool writeAll(int descriptor, std::string_view content) {
+    while (!content.empty()) {
+        const ssize_t written = ::write(descriptor, content.data(), content.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) return false;
+        content.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
 Result<std::string, FileError> readFile(const fs::path& path) {
-    const Descriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    const OwnedDescriptor fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
     if (!fd.isOpen()) return lastError(FileError::Operation::Read, path);
 
     struct stat status {};
@@ -114,7 +100,7 @@ Result<void, FileError> writeFileAtomically(const fs::path& path, std::string_vi
     const auto temporary = createTemporaryBeside(path);
     if (!temporary) return failure(FileError{FileError::Operation::Write, path, errno});
 
-    const Descriptor fd(temporary->fd);
+    const OwnedDescriptor fd(temporary->fd);
     if (!writeAndSync(fd.get(), content) || ::rename(temporary->path.c_str(), path.c_str()) != 0) {
         const int code = errno;
         ::unlink(temporary->path.c_str());
@@ -144,7 +130,7 @@ Result<void, FileError> moveItem(const fs::path& from, const fs::path& to) {
     const fs::path partial = to.string() + ".part";
     fs::copy_file(from, partial, fs::copy_options::overwrite_existing, error);
     if (!error) {
-        const Descriptor fd(::open(partial.c_str(), O_RDONLY | O_CLOEXEC));
+        const OwnedDescriptor fd(::open(partial.c_str(), O_RDONLY | O_CLOEXEC));
         if (!fd.isOpen() || ::fsync(fd.get()) != 0 || ::rename(partial.c_str(), to.c_str()) != 0)
             error = std::error_code(errno, std::generic_category());
     }

@@ -37,4 +37,7 @@ Result<void, FileError> moveItem(const std::filesystem::path& from, const std::f
 /// Removes a file; one that isn't there is no error.
 Result<void, FileError> removeFile(const std::filesystem::path& path);
 
+/// Writes all bytes to an open file, whatever interrupts; false, with the reason in errno, when it takes no more.
+bool writeAll(int descriptor, std::string_view content);
+
 } // namespace morvelin
