@@ -149,6 +149,7 @@ TEST_F(HistoryViewModelTest, OpensOneProjectAtATime) {
 
     history.open(take);
     EXPECT_FALSE(history.openingError());
+    m_loop.advance(1_s);
 }
 
 TEST_F(HistoryViewModelTest, ClosesTheEditorBeforeItDeletesAndReadsTheListAnew) {
