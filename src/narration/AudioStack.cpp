@@ -1,5 +1,7 @@
 #include "narration/AudioStack.h"
 
+#include <map>
+
 #include "narration/Coverage.h"
 #include "timeline/FragmentMap.h"
 

@@ -45,9 +45,9 @@ std::optional<std::size_t> SourceIndex::holder(SourceTime s, double slack) const
     return first;
 }
 
-std::optional<EditRange> SourceIndex::place(SourceTime from, SourceTime to) const {
+std::optional<EditRange> SourceIndex::place(SourceTime from, SourceTime to, double slack) const {
     std::optional<EditRange> range;
-    meeting(from, to, kSlack, [&](const Entry& entry) {
+    meeting(from, to, slack, [&](const Entry& entry) {
         const EditRange part{entry.piece.timelineAt(from), entry.piece.timelineAt(to)};
         if (!range) range = part;
         range->start = std::min(range->start, part.start);
@@ -93,6 +93,9 @@ std::optional<SourceTime> Times::nearestSourceTime(EditTime t) const {
     return distance(*before, t) <= distance(*after, t) ? before->sourceEnd() : after->sourceStart;
 }
 
-std::optional<EditRange> Times::sourceSpan(SourceTime from, SourceTime to) const { return m_index.place(from, to); }
+std::optional<EditRange> Times::sourceSpan(SourceTime from, SourceTime to) const {
+    if (m_pieces) return m_index.place(from, to, kSlack);
+    return m_index.place(from, to, from < to ? -kSlack : 0);
+}
 
 } // namespace morvelin::AudioLayout

@@ -18,8 +18,9 @@ public:
 
     /// The first piece of the list that holds the moment, with `slack` seconds at both ends.
     [[nodiscard]] std::optional<std::size_t> holder(SourceTime s, double slack) const;
-    /// From the smallest to the largest mapped place of the span, over all pieces that it meets.
-    [[nodiscard]] std::optional<EditRange> place(SourceTime from, SourceTime to) const;
+    /// From the smallest to the largest mapped place of the span, over all pieces that it meets, or comes within `slack`
+    /// seconds of. With a negative slack it must share that much with them.
+    [[nodiscard]] std::optional<EditRange> place(SourceTime from, SourceTime to, double slack) const;
 
 private:
     struct Entry {
@@ -49,7 +50,7 @@ public:
     [[nodiscard]] std::optional<SourceTime> sourceTime(EditTime t) const;
     /// The same, or where nothing is heard the nearer end of the piece that is closest in time.
     [[nodiscard]] std::optional<SourceTime> nearestSourceTime(EditTime t) const;
-    /// Where a span of the recording lies on the timeline.
+    /// Where a span of the recording lies on the timeline. Without pieces it must overlap a fragment, not just touch it.
     [[nodiscard]] std::optional<EditRange> sourceSpan(SourceTime from, SourceTime to) const;
 
     [[nodiscard]] bool hasPieces() const { return m_pieces.has_value(); }

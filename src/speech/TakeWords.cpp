@@ -16,7 +16,8 @@ namespace {
 class TakeClock {
 public:
     TakeClock(const NarrationTake& take, Seconds duration)
-        : m_pieces(take.arrangement ? *take.arrangement : take.pieces()), m_duration(duration) {
+        : m_pieces(take.arrangement ? *take.arrangement : take.pieces()),
+          m_duration(duration) {
         std::ranges::stable_sort(m_pieces, {}, &NarrationPiece::takeStart);
         for (const NarrationPiece& piece : m_pieces)
             m_furthest.push_back(m_furthest.empty() ? piece.takeEnd : std::max(m_furthest.back(), piece.takeEnd));
@@ -45,7 +46,9 @@ private:
 class HeardWordMap {
 public:
     HeardWordMap(const NarrationTake& take, std::span<const AudioLayout::Piece> heard, const FragmentMap& map)
-        : m_clock(take, map.duration()), m_heard(heard), m_map(map) {}
+        : m_clock(take, map.duration()),
+          m_heard(heard),
+          m_map(map) {}
 
     [[nodiscard]] std::vector<TranscriptWord> operator()(std::span<const TranscriptWord> words) const {
         std::vector<TranscriptWord> heard;
@@ -91,8 +94,8 @@ std::optional<AudioLayout::Range<SourceTime>> recordedSpan(const FragmentMap& ma
     // What ends with its fragment ends there, and not where the picture goes on after the cut.
     const FragmentMap::Span& span = map.spans()[start->span];
     const SourceTime shown = atMost(to, span.end()) ? span.fragment.sourceEnd : end->time;
-    return AudioLayout::Range<SourceTime>{
-        start->time, std::max(start->time, end->span == start->span ? end->time : shown)};
+    return AudioLayout::Range<SourceTime>{start->time,
+                                          std::max(start->time, end->span == start->span ? end->time : shown)};
 }
 
 std::optional<std::vector<TranscriptSegment>> segments(const NarrationTake& take,

@@ -36,9 +36,9 @@ std::vector<TranscriptWord> placedWords(std::vector<std::string> texts, EditTime
 
 FounderSourceTranscript withSegment(std::optional<FounderSourceTranscript> transcript, TranscriptSegment segment,
                                     Date now) {
-    FounderSourceTranscript whole =
-        transcript ? std::move(*transcript)
-                   : FounderSourceTranscript{std::string(kWrittenEngine), std::nullopt, now, {}};
+    FounderSourceTranscript whole = transcript
+                                        ? std::move(*transcript)
+                                        : FounderSourceTranscript{std::string(kWrittenEngine), std::nullopt, now, {}};
     const auto place = std::ranges::upper_bound(whole.segments, segment.t, {}, &TranscriptSegment::t);
     whole.segments.insert(place, std::move(segment));
     return whole;
@@ -94,8 +94,7 @@ std::optional<CaptionTrack> captionsWithout(const FounderSourceTranscript& trans
                                             std::span<const AudioStack::Layer> layers,
                                             std::span<const VideoFragment> fragments, const CaptionMaker& maker) {
     if (!captions) return std::nullopt;
-    if (!isFromTake(captions->engine))
-        return NarrationCaptions::compose(layers, fragments, std::nullopt, maker).track;
+    if (!isFromTake(captions->engine)) return NarrationCaptions::compose(layers, fragments, std::nullopt, maker).track;
     std::vector<std::pair<long long, std::string>> written;
     for (const CaptionCue& cue : cuesFrom(transcript.segments, maker.ids)) written.push_back(keyOf(cue));
     std::ranges::sort(written);

@@ -1,6 +1,7 @@
 #include "timeline/ZoomRetiming.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "timeline/TrackLimits.h"
 #include "timeline/ZoomTrack.h"
@@ -8,6 +9,8 @@
 namespace morvelin {
 
 namespace {
+
+constexpr double kSameFactor = 1e-6;
 
 /// A ramp on its way through the change.
 struct Travelling {
@@ -33,8 +36,7 @@ Travelling carried(const ZoomKeyframe& old, const TimeWarp& warp) {
 }
 
 bool isZoomOutOfNothing(const Travelling& ramp, const Travelling& before) {
-    return !ownsPositionKeys(ramp.now) &&
-           atMost(std::abs(ramp.now.zoomFactor - before.now.zoomFactor), kSameZoomTime.value);
+    return !ownsPositionKeys(ramp.now) && atMost(std::abs(ramp.now.zoomFactor - before.now.zoomFactor), kSameFactor);
 }
 
 void becomeOpening(ZoomKeyframe& key) {

@@ -136,7 +136,7 @@ Result<Ramp, Refusal> changedRamp(const std::vector<ZoomKeyframe>& zooms, const 
 }
 
 /// The keys that a ramp owns follow it to its new times, no further than its hold; the key where it ended goes to where
-/// it ends now.
+/// it ends now. One that would come before the track's first key goes.
 std::vector<PositionKeyframe> following(std::vector<PositionKeyframe> positions, const ZoomKeyframe& old,
                                         const ZoomKeyframe& zoom, const Hold& hold) {
     std::vector<PositionKeyframe> staying;
@@ -148,7 +148,7 @@ std::vector<PositionKeyframe> following(std::vector<PositionKeyframe> positions,
         }
         const EditTime carried = key.time + (zoom.startTime - old.startTime);
         key.time = isWithin(key.time, kOnTime, rampEnd(old)) ? hold.from : std::min(carried, hold.to);
-        coming.push_back(std::move(key));
+        if (key.time > staying.front().time) coming.push_back(std::move(key));
     }
     return joined(std::move(staying), std::move(coming));
 }

@@ -29,7 +29,7 @@ inline std::string written(const std::vector<PositionKeyframe>& keys) {
         char part[64];
         std::snprintf(part, sizeof part, "%s%.4g:%.4g", text.empty() ? "" : " ", key.time.value, key.targetX);
         text += part;
-        if (key.zoomKeyframeID) text += "/" + std::to_string(key.zoomKeyframeID->bytes[1]);
+        if (key.zoomKeyframeID) text.append("/").append(std::to_string(key.zoomKeyframeID->bytes[1]));
     }
     return text;
 }

@@ -34,7 +34,7 @@ protected:
                           each.id == idOf(1) ? "1" : (each.id == idOf(2) ? "2" : "?"), each.sourceStart.value,
                           each.sourceEnd.value);
             text += part;
-            if (each.speed != 1) text += "x" + std::to_string(static_cast<int>(each.speed));
+            if (each.speed != 1) text.append("x").append(std::to_string(static_cast<int>(each.speed)));
         }
         return text;
     }
@@ -91,6 +91,9 @@ TEST_F(SpanEdits, RefusesWhatCannotBe) {
     EXPECT_EQ(reasonOf(cut(tracks, EditTime(0.05), EditTime(19.95), ids)), Reason::WouldEmptyTimeline);
     EXPECT_EQ(reasonOf(trim(tracks, EditTime(8), EditTime(3), ids)), Reason::WouldEmptyTimeline);
     EXPECT_EQ(reasonOf(cut(TimelineTracks{}, EditTime(0), EditTime(1), ids)), Reason::EmptyTimeline);
+    TimelineTracks slow;
+    slow.fragments = {fragment(0, 0, 1, 0.2)}; // too little of the recording is left in front to stand alone
+    EXPECT_EQ(reasonOf(cut(slow, EditTime(0.2), EditTime(5), ids)), Reason::WouldEmptyTimeline);
     for (const auto& [speed, isAllowed] :
          {std::pair{0.1, false}, {0.2, true}, {30.0, true}, {40.0, true}, {41.0, false}})
         EXPECT_EQ(reasonOf(setSpeed(tracks, EditTime(2), EditTime(8), speed, ids)),
@@ -169,6 +172,14 @@ TEST_F(SpanEdits, ZoomsAndPositionsMeetAtTheSeam) {
              {"or on a key that stands just there", 0, 3, inAndOut, pair, "0+0>2 5+1>1", "0:0.8/2 5:0.8/2"},
              {"what ended in the cut holds up to the end", 6, 20, inAndOut, pair, "0+0>1 2+1>2",
               "0:0.5 3:0.8/2 6:0.8/2"},
+             {"of the views in the cut the first and the last",
+              3.5,
+              6,
+              {ramp(1, 0, 0, 2)},
+              {ownedKey(1, 0, 0.5), ownedKey(2, 3, 0.8), ownedKey(3, 4, 0.3), ownedKey(4, 4.5, 0.6),
+               ownedKey(5, 5, 0.4), ownedKey(6, 9, 0.2)},
+              "0+0>2",
+              "0:0.5 3:0.8 3.5:0.3 3.55:0.4 6.5:0.2"},
              {"from one hold into another",
               5,
               11,
