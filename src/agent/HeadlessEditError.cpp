@@ -2,15 +2,14 @@
 
 #include <fmt/format.h>
 
+#include "timeline/SpanEdits.h"
+#include "timeline/TrackLimits.h"
+
 namespace morvelin {
 
 namespace {
 
 using Error = HeadlessEditError;
-
-constexpr Seconds kLeastKeyGap = 0.05_s;
-constexpr double kSlowest = 0.2;
-constexpr double kFastest = 40;
 
 struct Describe {
     std::string operator()(const Error::OutsideTimeline& error) const {
@@ -18,7 +17,8 @@ struct Describe {
                            error.duration.value);
     }
     std::string operator()(const Error::SpeedOutOfRange& error) const {
-        return fmt::format("Speed {:.2f}× is out of range ({:.1f}×–{:.0f}×).", error.speed, kSlowest, kFastest);
+        return fmt::format("Speed {:.2f}× is out of range ({:.1f}×–{:.0f}×).", error.speed, kSlowestSpeed,
+                           kFastestSpeed);
     }
     std::string operator()(const Error::ZoomOutOfRange& error) const {
         return fmt::format("Zoom {:.2f}× is out of range (1×–10×).", error.factor);

@@ -36,10 +36,11 @@ std::string worded(const Refusal& refused, const Call& call) {
     case Reason::StartZoomIsFixed: return Error(Error::StartZoomIsFixed{}).description();
     case Reason::FirstZoomCannotBeDeleted: return Error(Error::FirstZoomCannotBeDeleted{}).description();
     case Reason::NoSeamBeforeFirstZoom: return Error(Error::NoSeamBeforeFirstZoom{}).description();
-    case Reason::NoRoomForSeam: return Error(Error::SpanTooShort{}).description();
+    case Reason::NoRoomForSeam:
+        return "The ramps on both sides leave the boundary no room to move. Shorten one of them first.";
     case Reason::PullBackOwnsNoPositionKeys:
         return Error(Error::PullBackOwnsNoPositionKeys{refused.factor}).description();
-    case Reason::NoHold: return Error(Error::SpanTooShort{}).description();
+    case Reason::NoHold: return "This zoom holds for no time at all, so there is nothing to frame.";
     }
     std::unreachable();
 }
@@ -140,8 +141,10 @@ ToolOutcome rebuildPositionKeys(EditedProject& project, const ArgumentReader& ar
     const Seconds duration = durationOf(project.edit);
     auto rebuilt = Edits::rebuildPositionKeys(*id, project.edit.zoomKeyframes, project.edit.positionKeyframes,
                                               EditTime(duration), project.services.ids);
-    if (!rebuilt) return failure(worded(rebuilt.error(), {*id, duration}));
-    project.edit.positionKeyframes = std::move(*rebuilt);
+    if (rebuilt)
+        project.edit.positionKeyframes = std::move(*rebuilt);
+    else if (rebuilt.error().reason != Refusal::Reason::NoHold) // which leaves nothing to frame, and nothing to change
+        return failure(worded(rebuilt.error(), {*id, duration}));
     const auto isOwned = [&](const PositionKeyframe& key) { return key.zoomKeyframeID == *id; };
     return JSONValue{{"zoom", describeZoom(project.edit, *id)},
                      {"position_keys", describePositions(project.edit, isOwned)}};
