@@ -3,6 +3,12 @@
 #include <array>
 #include <fstream>
 
+#include <fcntl.h>
+
+#include <fmt/format.h>
+
+#include "core/base/OwnedDescriptor.h"
+
 namespace morvelin {
 
 namespace {
@@ -45,7 +51,10 @@ std::optional<ImageFileProbe::Image> FFmpegImageProbe::probe(const std::filesyst
         return std::nullopt;
     const char* extension = extensionOf(file);
     if (extension == nullptr) return std::nullopt;
-    const auto reader = m_readers.open(file);
+    // Under this name the reader goes by what the file holds: by an image's extension, FFmpeg takes it for a numbered
+    // series, which can't be read twice.
+    const OwnedDescriptor opened(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    const auto reader = m_readers.open(fmt::format("/proc/self/fd/{}", opened.get()));
     if (!reader) return std::nullopt;
     const PixelSize size = (*reader)->properties().size;
     if (size.width > kMostPixels || size.height > kMostPixels) return std::nullopt;

@@ -170,6 +170,9 @@ TEST_F(EditToolsTest, APictureIsTakenIntoTheProject) {
     const std::filesystem::path copy = style["background"]["path"].get<std::string>();
     EXPECT_EQ(copy.parent_path(), m_bundle);
     EXPECT_EQ(readFile(copy).value(), readFile(picture).value());
+    put(m_home.path() / "photo.jpg", {bytes.begin(), bytes.end()});
+    EXPECT_THAT(facts("set_style", {{"background_image", "~/photo.jpg"}})["background"]["path"], HasSubstr(".png"))
+        << "what it holds counts, not its name";
     put(m_home.path() / "text.png", "This is no picture, whatever its name says.");
     put(m_home.path() / "half.png", readFile(picture)->substr(0, 40));
     const auto before = bytesBelow(m_bundle);
