@@ -153,8 +153,8 @@ TEST_F(EditToolsTest, TheVideoIsDressed) {
     EXPECT_EQ(facts("set_style", {{"background", "wallpaper-dusk"}})["background"]["type"], "wallpaper");
     EXPECT_EQ(facts("set_style", {{"background", "#a0B1c2"}})["background"]["color"], "#A0B1C2");
     EXPECT_EQ(facts("set_style", {{"background", "none"}})["padding"], 0);
-    for (const JSONValue& name : described()["backgrounds"])
-        EXPECT_FALSE(call("set_style", {{"background", name}}).isError) << name;
+    const JSONValue names = described()["backgrounds"];
+    for (const JSONValue& name : names) EXPECT_FALSE(call("set_style", {{"background", name}}).isError) << name;
     for (const char* name : {"#12345", "#12345g", "", "palette-", "nothing"})
         EXPECT_THAT(refused("set_style", {{"background", name}}), StartsWith("Unknown background “"));
     EXPECT_THAT(refused("set_style", {{"cursor_style", "big"}}), HasSubstr("expected one of system, ink, paper"));
