@@ -84,13 +84,19 @@ void addCall(CLI::App& app, Words& words) {
     call->callback([&words] { words.chosen = words.call; });
 }
 
+/// A permission goes by the name that a client gives itself, a set-up by the program.
+std::string whatItIs(std::string_view clientArgument) {
+    if (clientArgument == "NAME") return "the name by which the client asks, in quotes when it has blanks";
+    return fmt::format("{}", fmt::join(clientWords(), ", "));
+}
+
 void addClients(CLI::App& app, Words& words) {
     CLI::App* clients = app.add_subcommand("clients", "Agent clients, and what they may do.");
     clients->require_subcommand(1);
     const auto add = [&](Action action, const char* name, const std::string& description, const char* argument) {
         CLI::App* command = clients->add_subcommand(name, description);
         if (argument != nullptr)
-            command->add_option(argument, words.clients.name)->type_name(argument)->required()->description("");
+            command->add_option("client", words.clients.name, whatItIs(argument))->type_name(argument)->required();
         command->callback([&words, action] {
             words.clients.action = action;
             words.chosen = words.clients;
