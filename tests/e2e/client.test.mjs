@@ -2,6 +2,7 @@
 import assert from "node:assert/strict";
 import { existsSync, mkdirSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
+import { text } from "node:stream/consumers";
 import { after, before, describe, it } from "node:test";
 
 import { Program } from "./program.mjs";
@@ -135,10 +136,10 @@ describe("a client without the program", () => {
     it("is told so in an answer and on standard error", async () => {
         const program = new Program();
         const { connected, transport } = program.client("Agent 8");
-        let complaint = "";
-        transport.stderr.on("data", (bytes) => (complaint += bytes));
+        const complaint = text(transport.stderr);
         await assert.rejects(connected, /Morvelin/);
-        assert.match(complaint, /Morvelin/);
+        await transport.close();
+        assert.match(await complaint, /Morvelin/);
         await program.stop();
     });
 });
