@@ -23,6 +23,13 @@ CaptureError interruption(const MovieWriterError& error) {
     return {CaptureError::Kind::Interrupted, "The movie could not be written: " + error.description()};
 }
 
+CaptureError setupError(const MovieWriterError& error, PixelSize size) {
+    std::string detail = error.description();
+    if (error.kind == MovieWriterError::Kind::NoEncoder)
+        detail = fmt::format("No compatible video codec for {} × {}. {}", size.width, size.height, detail);
+    return {CaptureError::Kind::AssetWriterSetupFailed, std::move(detail)};
+}
+
 MovieSettings movieSettings(const std::filesystem::path& movie, PixelSize size) {
     return {.path = movie,
             .container = MovieSettings::Container::FragmentedQuickTime,
@@ -66,7 +73,7 @@ Result<void, CaptureError> CaptureSession::open(const CaptureGeometry& geometry)
     auto stream = m_services.screen.open({geometry.area, geometry.displayID});
     if (!stream) return failure(CaptureError{CaptureError::Kind::ScreenUnavailable, stream.error().description()});
     auto writer = m_services.writers.create(movieSettings(m_movie, geometry.movieSize));
-    if (!writer) return failure(CaptureError{CaptureError::Kind::AssetWriterSetupFailed, writer.error().description()});
+    if (!writer) return failure(setupError(writer.error(), geometry.movieSize));
     m_stream = std::move(*stream);
     m_video.emplace(std::move(*writer), m_stream->size(), geometry.movieSize, m_services.log);
     return {};

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <system_error>
 #include <thread>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -161,24 +162,33 @@ std::unexpected<MovieReaderError> FFmpegMovieReader::damagedNear(std::int64_t nu
                                                                       m_track.index.startOf(known).value)});
 }
 
+bool isCutOff(int code) { return code == AVERROR_INVALIDDATA || code == AVERROR_EOF; }
+
 MovieReaderError openError(const std::string& name, int code) {
-    if (code == AVERROR_INVALIDDATA || code == AVERROR_EOF)
+    if (isCutOff(code))
         return {Kind::CannotOpen, fmt::format("“{}” is no movie, or it is cut off before its index.", name)};
     return {Kind::CannotOpen, fmt::format("“{}” could not be opened: {}.", name, ffmpegReason(code))};
 }
 
-Result<InputHandle, MovieReaderError> openInput(const std::filesystem::path& path, const std::string& name) {
+/// What FFmpeg's opening gave, and its code.
+std::pair<InputHandle, int> openedWith(const std::filesystem::path& path, int flags) {
     AVFormatContext* context = avformat_alloc_context();
     if (context == nullptr) throw std::bad_alloc();
-    context->flags |= AVFMT_FLAG_DISCARD_CORRUPT; // a frame whose end is missing is no frame
-    context->fps_probe_size = 0;                  // the index tells the rate
+    context->flags |= AVFMT_FLAG_DISCARD_CORRUPT | flags; // a frame whose end is missing is no frame
+    context->fps_probe_size = 0;                          // the index tells the rate
     // The prefix keeps a colon in the path from being read as a protocol.
     const int code = avformat_open_input(&context, ("file:" + path.string()).c_str(), nullptr, nullptr);
+    return {InputHandle(context), code};
+}
+
+Result<InputHandle, MovieReaderError> openInput(const std::filesystem::path& path, const std::string& name) {
+    auto [input, code] = openedWith(path, 0);
+    // One that was cut off inside a fragment's header opens only when the demuxer looks no further than it must.
+    if (isCutOff(code)) std::tie(input, code) = openedWith(path, AVFMT_FLAG_IGNIDX);
     if (code < 0) return failure(openError(name, code));
-    InputHandle input(context);
-    if (const int found = avformat_find_stream_info(context, nullptr); found < 0)
+    if (const int found = avformat_find_stream_info(input.get(), nullptr); found < 0)
         return failure(openError(name, found));
-    return input;
+    return std::move(input);
 }
 
 /// When the frame with the last packet ends. In fragments the demuxer leaves each packet's duration to a guess, but

@@ -23,7 +23,10 @@ namespace morvelin {
 namespace {
 
 constexpr int kBufferSize = 256 * 1024;
-constexpr double kFragmentSeconds = 1;
+/// Fragments grow as the movie does, so that an early end costs about half of it at most.
+constexpr Seconds kFirstFragment{0.1};
+constexpr Seconds kLongestFragment{1};
+constexpr std::int64_t kFirstFragmentBytes = 64 * 1024;
 
 const char* formatName(MovieSettings::Container container) {
     switch (container) {
@@ -167,10 +170,8 @@ Result<void, MovieWriterError> FFmpegMuxer::write(const EncodedPacket& packet) {
     int code = 0;
     if (m_guess) code = correctGuess(packet.decodingTime);
     if (code >= 0 && m_isHolding) code = writeHeldPacket(packet.decodingTime - m_held->dts);
-    const bool isLongEnough = m_fragmentStart &&
-                              static_cast<double>(packet.decodingTime - *m_fragmentStart) * m_timeBase.value() >=
-                                  kFragmentSeconds;
-    if (code >= 0 && isFragmented() && m_fragmentStart && (packet.isKeyFrame || isLongEnough)) code = endFragment();
+    if (code >= 0 && isFragmented() && m_fragmentStart && (packet.isKeyFrame || holdsEnough(packet.decodingTime)))
+        code = endFragment();
     if (auto checked = check(code); !checked) return checked;
 
     if (av_new_packet(m_held.get(), static_cast<int>(packet.bytes.size())) < 0) throw std::bad_alloc();
@@ -230,6 +231,15 @@ int FFmpegMuxer::completeFragments(std::int64_t end) {
     return 0;
 }
 
+/// Whether the open fragment, which reaches to `end`, is as long or as large as all that is safe before it.
+bool FFmpegMuxer::holdsEnough(std::int64_t end) const {
+    const auto seconds = [this](std::int64_t ticks) {
+        return Seconds(static_cast<double>(ticks) * m_timeBase.value());
+    };
+    const Seconds most = std::clamp(seconds(*m_fragmentStart), kFirstFragment, kLongestFragment);
+    return seconds(end - *m_fragmentStart) >= most || m_fragmentBytes >= std::max(kFirstFragmentBytes, m_committedSize);
+}
+
 /// Hands the held frame to the container. It lasts at least one tick.
 int FFmpegMuxer::writeHeldPacket(std::int64_t duration) {
     m_isHolding = false;
@@ -237,10 +247,12 @@ int FFmpegMuxer::writeHeldPacket(std::int64_t duration) {
         // Else the muxer would move the fragment to where it thought that the last one ended.
         if (isFragmented()) av_opt_set(m_output->priv_data, "movflags", "+frag_discont", 0);
         m_fragmentStart = m_held->dts;
+        m_fragmentBytes = 0;
         m_firstDuration = duration;
     }
     m_held->duration = std::max<std::int64_t>(1, duration);
     m_held->stream_index = m_track->index;
+    m_fragmentBytes += m_held->size;
     av_packet_rescale_ts(m_held.get(), toAV(m_timeBase), m_track->time_base);
     const int code = av_write_frame(m_output.get(), m_held.get());
     av_packet_unref(m_held.get());

@@ -30,8 +30,8 @@ struct VideoTrackFormat {
 /// Writes one movie of one H.264 track.
 ///
 /// In fragments, what `write` was given reaches the file when a key frame or 1 s has come after it, or on
-/// `flushFragment`. When a write fails, the file is cut back to its last whole fragment and stays playable; all later
-/// operations give the same error.
+/// `flushFragment`; at a movie's beginning sooner, when as much has come as lies in the file. When a write fails, the
+/// file is cut back to its last whole fragment and stays playable; all later operations give the same error.
 class FFmpegMuxer {
 public:
     static Result<std::unique_ptr<FFmpegMuxer>, MovieWriterError> create(const std::filesystem::path& path,
@@ -64,6 +64,7 @@ private:
 
     int openContainer(const VideoTrackFormat& format);
     int writeHeader();
+    [[nodiscard]] bool holdsEnough(std::int64_t end) const;
     int writeHeldPacket(std::int64_t duration);
     int endFragment();
     int correctGuess(std::int64_t nextFrameTime);
@@ -84,6 +85,7 @@ private:
     std::int64_t m_position = 0;      ///< of the next byte that the container writes
     std::int64_t m_committedSize = 0; ///< of the file up to its last whole fragment
     std::optional<std::int64_t> m_fragmentStart;
+    std::int64_t m_fragmentBytes = 0;
     std::int64_t m_firstDuration = 0; ///< of the open fragment's first frame
     std::optional<GuessedDuration> m_guess;
     int m_systemError = 0;

@@ -113,6 +113,7 @@ public:
 
     Result<std::unique_ptr<MovieWriter>, MovieWriterError> create(const MovieSettings& asked) override {
         settings = asked;
+        if (hasNoEncoder) return failure(MovieWriterError{MovieWriterError::Kind::NoEncoder, "None opens.", 0});
         return std::make_unique<Writer>(*this);
     }
 
@@ -127,6 +128,7 @@ public:
 
     MovieSettings settings;
     double end = -1;
+    bool hasNoEncoder = false;
     std::optional<std::size_t> failsAt; ///< the number of frames after which the disk is full
 
 private:
@@ -330,7 +332,7 @@ TEST_F(CaptureEngineTest, CompletesTheMovieWhenItIsDropped) {
     EXPECT_GT(writers.end, 0);
 }
 
-TEST_F(CaptureEngineTest, DoesNotStartOnAMissingDisplayOrNoScreen) {
+TEST_F(CaptureEngineTest, DoesNotStartWithoutADisplayAScreenOrAnEncoder) {
     const auto missing = runTask(loop, engine.startCapture(DisplayTarget{"third"}, folder.path() / "take.mov"));
     EXPECT_EQ(missing.error().description(), "No capturable display was found.");
 
@@ -338,6 +340,10 @@ TEST_F(CaptureEngineTest, DoesNotStartOnAMissingDisplayOrNoScreen) {
     CaptureEngine blind(loop, {none, writers, clock, [](std::string_view) {}});
     const auto unseen = runTask(loop, blind.startCapture(DisplayTarget{}, folder.path() / "take.mov"));
     EXPECT_EQ(unseen.error().description(), "There is no screen.");
+
+    writers.hasNoEncoder = true;
+    EXPECT_EQ(start().error().description(),
+              "Could not configure video writer: No compatible video codec for 64 × 48. None opens.");
 }
 
 TEST(CaptureGeometry, KeepsMoviesEvenAndWithinTheirLimits) {
