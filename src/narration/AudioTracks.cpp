@@ -73,4 +73,9 @@ AudioTrackList tracksFromOlderFields(const OlderNarrationFields& fields) {
     return ensuringRecording(std::move(tracks));
 }
 
+AudioTrackList audioTracksOf(const EditPayload& edit) {
+    if (edit.audioTracks) return ensuringRecording(*edit.audioTracks);
+    return tracksFromOlderFields({edit.narrationTakeID, edit.narrationTakeIDs, edit.narrationArrangements});
+}
+
 } // namespace morvelin

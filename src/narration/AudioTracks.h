@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/AudioTracks.h"
+#include "core/ProjectVersion.h"
 #include "core/base/Identity.h"
 
 namespace morvelin {
@@ -41,5 +42,8 @@ struct OlderNarrationFields {
 
 /// The list that those fields mean: a track for each take that was ticked, and the recording's own sound below.
 [[nodiscard]] AudioTrackList tracksFromOlderFields(const OlderNarrationFields& fields);
+
+/// The tracks of a version, in whichever form it holds them.
+[[nodiscard]] AudioTrackList audioTracksOf(const EditPayload& edit);
 
 } // namespace morvelin

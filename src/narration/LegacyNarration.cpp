@@ -1,5 +1,6 @@
 #include "narration/LegacyNarration.h"
 
+#include "core/base/AdvisoryLock.h"
 #include "core/base/Files.h"
 #include "narration/NarrationLibrary.h"
 
@@ -22,6 +23,14 @@ bool linkOrCopy(const fs::path& from, const fs::path& to) {
     if (!error && moveItem(partial, to)) return true;
     (void)removeFile(partial);
     return false;
+}
+
+/// Whoever records into it holds its lock.
+void removePendingRecording(const fs::path& file) {
+    std::error_code error;
+    if (!fs::exists(file, error)) return;
+    const auto lock = AdvisoryLock::attempt(file, AdvisoryLock::Target::File);
+    if (lock && *lock) (void)removeFile(file);
 }
 
 } // namespace
@@ -47,8 +56,8 @@ bool giveOwnFile(NarrationTake& take, const fs::path& bundleURL) {
 }
 
 void removeLegacyFiles(const fs::path& bundleURL) {
-    for (const char* name : {kLegacyNarrationFile, kLegacyNarrationRecord, kPendingNarrationFile})
-        (void)removeFile(bundleURL / name);
+    for (const char* name : {kLegacyNarrationFile, kLegacyNarrationRecord}) (void)removeFile(bundleURL / name);
+    removePendingRecording(bundleURL / kPendingNarrationFile);
 }
 
 } // namespace morvelin

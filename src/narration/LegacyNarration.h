@@ -15,7 +15,8 @@ namespace morvelin {
 /// worked; when it didn't, take and files are as before.
 bool giveOwnFile(NarrationTake& take, const std::filesystem::path& bundleURL);
 
-/// Once the list holds the take. What can't be removed stays; nobody reads it again.
+/// Once the list holds the take. What can't be removed stays, and nobody reads it again; so does a pending recording
+/// that is being made.
 void removeLegacyFiles(const std::filesystem::path& bundleURL);
 
 } // namespace morvelin

@@ -18,8 +18,7 @@ struct Sentence {
     }
     std::string operator()(const NarrationError::LibraryUnreadable&) const {
         return "This project’s list of takes was written by a newer Morvelin or is damaged. It is left untouched, so "
-               "new "
-               "takes are not saved. Open the project in the latest Morvelin.";
+               "new takes are not saved. Open the project in the latest Morvelin.";
     }
     std::string operator()(const NarrationError::NotFinite&) const {
         return "The list of takes was not saved: a take has a length that is no number.";

@@ -1,6 +1,7 @@
 #include "narration/NarrationLibrary.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "narration/LegacyNarration.h"
 
@@ -80,7 +81,8 @@ std::int64_t NarrationLibrary::nextNumber() const {
     std::optional<std::int64_t> highest;
     for (const auto* list : {&takes, &unavailableTakes})
         for (const NarrationTake& take : *list) highest = std::max(highest.value_or(0), shownNumber(take));
-    return highest.value_or(0) + 1;
+    constexpr std::int64_t kHighest = std::numeric_limits<std::int64_t>::max();
+    return std::min(highest.value_or(0), kHighest - 1) + 1;
 }
 
 const NarrationTake* NarrationLibrary::live(const UUID& id) const {

@@ -15,7 +15,7 @@ namespace morvelin {
 
 inline constexpr const char* kNarrationFile = "narration-takes.json";
 inline constexpr const char* kLegacyNarrationRecord = "narration.json";
-/// A recording that hasn't been kept yet.
+/// A recording that hasn't been kept yet. Whoever records into it holds an `AdvisoryLock` on it: nobody removes it then.
 inline constexpr const char* kPendingNarrationFile = "narration-pending.m4a";
 
 /// Read when a project is opened or a tool needs it, saved after each change. Confined to the main thread.

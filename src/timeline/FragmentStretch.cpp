@@ -36,37 +36,70 @@ VideoFragment grown(const VideoFragment& fragment, FragmentStretchSide side, Sec
     return fragment;
 }
 
-/// What a change by `growth` of edit time does to the timeline around the fragment's place.
-TimeWarp warpOf(const FragmentMap::Span& span, FragmentStretchSide side, Seconds growth, Seconds duration) {
-    const bool isLeft = side == FragmentStretchSide::Left;
-    const EditTime edge = isLeft ? span.start : span.end();
-    if (growth > 0_s) return TimeWarp::insertion(edge, growth, duration);
-    return isLeft ? TimeWarp::removal(edge, edge - growth, duration) : TimeWarp::removal(edge + growth, edge, duration);
-}
+/// An edge, and by how much of the timeline its fragment grows; below 0 it shrinks.
+struct Stretch {
+    FragmentMap::Span span;
+    FragmentStretchSide side;
+    Seconds growth;
+    Seconds duration; ///< of the timeline before
 
-} // namespace
+    [[nodiscard]] EditTime oldEdge() const { return side == FragmentStretchSide::Left ? span.start : span.end(); }
+    [[nodiscard]] EditTime newEdge() const {
+        return side == FragmentStretchSide::Left ? oldEdge() - growth : oldEdge() + growth;
+    }
 
-Result<SpanEdit, SpanRefusal> stretchFragment(const TimelineTracks& tracks, const UUID& fragment,
-                                              FragmentStretchSide side, EditTime to, Seconds recordingLength) {
-    const FragmentMap map(tracks.fragments);
+    /// What it does to the timeline around the fragment's place.
+    [[nodiscard]] TimeWarp warp() const {
+        if (growth > 0_s) return TimeWarp::insertion(oldEdge(), growth, duration);
+        return side == FragmentStretchSide::Left ? TimeWarp::removal(oldEdge(), newEdge(), duration)
+                                                 : TimeWarp::removal(newEdge(), oldEdge(), duration);
+    }
+};
+
+Result<Stretch, SpanRefusal> stretchTo(const std::vector<VideoFragment>& fragments, const UUID& fragment,
+                                       FragmentStretchSide side, EditTime to, Seconds recordingLength) {
+    const FragmentMap map(fragments);
     const auto spans = map.spans();
     const auto span = std::ranges::find(spans, fragment, [](const auto& each) { return each.fragment.id; });
     if (span == spans.end()) return failure(SpanRefusal{SpanRefusal::Reason::UnknownFragment});
-    SpanEdit edit{tracks, 0_s};
-    if (!(span->length > 0_s)) return edit;
+    Stretch stretch{*span, side, 0_s, map.duration()};
+    if (!(span->length > 0_s)) return stretch;
 
     const double speed = span->fragment.speed;
     const Seconds wished = side == FragmentStretchSide::Left ? span->start - to : to - span->end();
     const Seconds spare = span->length - std::max(kLeastPiece, kLeastPiece / speed);
-    const Seconds least = std::min(-spare, 0_s);
-    const Seconds most = freeFootage(tracks.fragments, span->fragment, side, recordingLength) / speed;
-    const Seconds growth = std::clamp(wished, least, most);
-    if (growth == 0_s) return edit;
+    const Seconds most = freeFootage(fragments, span->fragment, side, recordingLength) / speed;
+    stretch.growth = std::clamp(wished, std::min(-spare, 0_s), most);
+    return stretch;
+}
 
-    *std::ranges::find(edit.tracks.fragments, fragment, &VideoFragment::id) = grown(span->fragment, side,
-                                                                                    growth * speed);
-    edit.removed = -growth;
-    retime(edit.tracks, warpOf(*span, side, growth, map.duration()));
+} // namespace
+
+Result<StretchPreviewState, SpanRefusal> stretchPreview(const std::vector<VideoFragment>& fragments,
+                                                        const UUID& fragment, FragmentStretchSide side, EditTime to,
+                                                        Seconds recordingLength) {
+    const auto stretch = stretchTo(fragments, fragment, side, to, recordingLength);
+    if (!stretch) return failure(stretch.error());
+    return StretchPreviewState{fragment,
+                               side,
+                               stretch->oldEdge(),
+                               stretch->newEdge(),
+                               stretch->oldEdge(),
+                               stretch->growth < 0_s,
+                               std::max(stretch->growth, -stretch->growth)};
+}
+
+Result<SpanEdit, SpanRefusal> stretchFragment(const TimelineTracks& tracks, const UUID& fragment,
+                                              FragmentStretchSide side, EditTime to, Seconds recordingLength) {
+    const auto stretch = stretchTo(tracks.fragments, fragment, side, to, recordingLength);
+    if (!stretch) return failure(stretch.error());
+    SpanEdit edit{tracks, -stretch->growth};
+    if (stretch->growth == 0_s) return edit;
+
+    const VideoFragment& old = stretch->span.fragment;
+    *std::ranges::find(edit.tracks.fragments, fragment, &VideoFragment::id) = grown(old, side,
+                                                                                    stretch->growth * old.speed);
+    retime(edit.tracks, stretch->warp());
     return edit;
 }
 

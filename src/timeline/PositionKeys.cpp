@@ -153,10 +153,15 @@ std::vector<PositionKeyframe> ephemeralPositionKeys(const std::vector<PositionKe
 }
 
 std::vector<PositionKeyframe> cameraPositionKeys(const EditPayload& edit, Seconds duration) {
+    return cameraPositionKeys(edit.positionKeyframes, edit.zoomKeyframes, edit.padding, duration);
+}
+
+std::vector<PositionKeyframe> cameraPositionKeys(const std::vector<PositionKeyframe>& stored,
+                                                 const std::vector<ZoomKeyframe>& zooms, double padding,
+                                                 Seconds duration) {
     SeededIdSource passingIds(0); // of keys that are never stored
-    std::vector<PositionKeyframe> positions = refitPositionKeys(edit.positionKeyframes, edit.zoomKeyframes,
-                                                                edit.padding);
-    const auto pins = ephemeralPositionKeys(positions, edit.zoomKeyframes, edit.padding, duration, passingIds);
+    std::vector<PositionKeyframe> positions = refitPositionKeys(stored, zooms, padding);
+    const auto pins = ephemeralPositionKeys(positions, zooms, padding, duration, passingIds);
     positions.insert(positions.end(), pins.begin(), pins.end());
     return positions;
 }

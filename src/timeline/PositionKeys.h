@@ -22,5 +22,8 @@ namespace morvelin {
 
 /// Both passes in turn: the keys that the camera follows through an edit of this length.
 [[nodiscard]] std::vector<PositionKeyframe> cameraPositionKeys(const EditPayload& edit, Seconds duration);
+[[nodiscard]] std::vector<PositionKeyframe> cameraPositionKeys(const std::vector<PositionKeyframe>& stored,
+                                                               const std::vector<ZoomKeyframe>& zooms, double padding,
+                                                               Seconds duration);
 
 } // namespace morvelin

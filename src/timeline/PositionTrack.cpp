@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "core/base/Smoothstep.h"
 #include "timeline/Tolerance.h"
-#include "timeline/ZoomTrack.h"
 
 namespace morvelin {
 

@@ -24,10 +24,9 @@ std::vector<PositionKeyframe> besidePair(std::vector<PositionKeyframe> positions
     kept.reserve(positions.size() + 2);
     for (PositionKeyframe& key : positions) {
         const bool isFirst = &key == &positions.front();
-        const bool isOwned = isOwnedBy(key, zoom.id);
-        const bool endsHoldBefore = isWithin(key.time, kOnTime, zoom.startTime) && !isOwned;
+        const bool endsHoldBefore = isWithin(key.time, kOnTime, zoom.startTime);
         const bool isInSpan = key.time >= zoom.startTime - kOnTime && key.time <= holdEnd + kOnTime;
-        if (isFirst || endsHoldBefore || (!isInSpan && !isOwned)) kept.push_back(std::move(key));
+        if (isFirst || endsHoldBefore || (!isInSpan && !isOwnedBy(key, zoom.id))) kept.push_back(std::move(key));
     }
     return kept;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/base/Smoothstep.h"
 #include "timeline/Tolerance.h"
 
 namespace morvelin {

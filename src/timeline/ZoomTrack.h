@@ -7,9 +7,6 @@
 
 namespace morvelin {
 
-/// 3p² − 2p³: from 0 to 1 with no speed at both ends.
-constexpr double smoothstep(double p) { return p * p * (3 - 2 * p); }
-
 /// Sorts ramps by start; those that start together (within 1e-9 s) by length.
 void sortRamps(std::vector<ZoomKeyframe>& zooms);
 

@@ -23,6 +23,11 @@ struct Ramp {
     [[nodiscard]] EditTime end() const { return start + transition; }
 };
 
+/// No ramp is longer than the whole timeline.
+Seconds possibleTransition(Seconds wished, EditTime timelineEnd) {
+    return std::clamp(wished, kLeastRamp, std::max(kLeastRamp, timelineEnd.sinceZero()));
+}
+
 std::optional<Refusal> factorRefusal(double factor) {
     if (atLeast(factor, kLeastFactor) && atMost(factor, kMostFactor)) return std::nullopt;
     return Refusal{Reason::FactorOutOfRange, factor};
@@ -105,7 +110,7 @@ Result<Insertion, Refusal> insertZoom(ZoomTracks tracks, const NewZoom& zoom, Ed
     sortRamps(tracks.zoom);
     std::ranges::stable_sort(tracks.position, {}, &PositionKeyframe::time);
     const auto replaced = startingAt(tracks.zoom, *at);
-    const auto ramp = fitted(tracks.zoom, {*at, std::max(zoom.transition, kLeastRamp)}, replaced);
+    const auto ramp = fitted(tracks.zoom, {*at, possibleTransition(zoom.transition, timelineEnd)}, replaced);
     if (!ramp) return failure(ramp.error());
 
     const ZoomKeyframe key{ids.next(), ramp->start, ramp->transition, zoom.factor, zoom.curve, true};
@@ -132,7 +137,8 @@ Result<Ramp, Refusal> changedRamp(const std::vector<ZoomKeyframe>& zooms, const 
     if (isOpening(zoom)) return failure(Refusal{Reason::StartZoomIsFixed});
     const auto start = insideTimeline(change.start.value_or(old.start), timelineEnd);
     if (!start) return failure(start.error());
-    return fitted(zooms, {*start, resizes ? std::max(*change.transition, kLeastRamp) : old.transition}, zoom.id);
+    const Seconds transition = resizes ? possibleTransition(*change.transition, timelineEnd) : old.transition;
+    return fitted(zooms, {*start, transition}, zoom.id);
 }
 
 /// The keys that a ramp owns follow it to its new times, no further than its hold; the key where it ended goes to where

@@ -46,7 +46,7 @@ struct Insertion {
     std::optional<UUID> replaced;
 };
 
-/// Adds a ramp, or puts it in the place of one that starts at the same time (0.0005 s of slack, since clients see
+/// Adds a ramp of 0.05 s to the timeline's length, or puts it in the place of one that starts at the same time (0.0005 s of slack, since clients see
 /// rounded times); that one's position keys go over to it. An aimed zoom-in is given a key where its ramp ends and one
 /// where its hold ends, unless keys stand there. Centres want a refit after each of these edits.
 [[nodiscard]] Result<Insertion, Refusal> insertZoom(ZoomTracks tracks, const NewZoom& zoom, EditTime timelineEnd,
@@ -55,7 +55,7 @@ struct Insertion {
 /// What is absent keeps its value.
 struct ZoomChange {
     std::optional<EditTime> start;
-    std::optional<Seconds> transition; ///< at least 0.05 s is taken
+    std::optional<Seconds> transition; ///< 0.05 s to the timeline's length is taken
     std::optional<double> factor;
     std::optional<ZoomTransitionType> curve;
     std::optional<NormalizedPoint> aim;

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "base/TemporaryFolder.h"
+#include "core/base/AdvisoryLock.h"
 #include "narration/NarrationLibrary.h"
 
 namespace morvelin {
@@ -100,6 +101,17 @@ TEST_F(NarrationLibraryTest, TakesInTheTakeOfTheOlderFormatWithItsAudio) {
     }
     for (const char* name : {"narration.m4a", "narration.json", "narration-pending.m4a"})
         EXPECT_FALSE(fs::exists(m_url / name)) << name;
+}
+
+TEST_F(NarrationLibraryTest, ARecordingThatIsBeingMadeStays) {
+    putLegacy();
+    put(m_url / kPendingNarrationFile, "so far");
+    const auto recorder = AdvisoryLock::attempt(m_url / kPendingNarrationFile, AdvisoryLock::Target::File);
+    ASSERT_TRUE(recorder && *recorder);
+    NarrationLibrary library = load();
+    ASSERT_TRUE(library.save(m_url));
+    EXPECT_EQ(readFile(m_url / kPendingNarrationFile).value_or("lost"), "so far");
+    EXPECT_FALSE(fs::exists(m_url / "narration.m4a"));
 }
 
 TEST_F(NarrationLibraryTest, AFailedSaveLeavesTheOlderFormatReadable) {

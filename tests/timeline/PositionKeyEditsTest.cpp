@@ -3,6 +3,7 @@
 #include "EditTracks.h"
 #include "timeline/AutoTimeline.h"
 #include "timeline/PositionKeyEdits.h"
+#include "timeline/PositionSelectionChain.h"
 #include "timeline/SpanEdits.h"
 #include "timeline/ZoomTrackEdits.h"
 
@@ -94,6 +95,32 @@ TEST_F(AutoTimeline, KnowsHandEditsFromGeneratedKeys) {
     for (const auto& [from, to] : {std::pair{0.0, 5.5}, {0.0, 8.0}, {4.0, 5.0}, {1.0, 9.0}, {5.5, 20.0}})
         EXPECT_FALSE(hasHandEdits(cut(tracks, EditTime(from), EditTime(to), ids)->tracks.camera)) << from << " " << to;
     EXPECT_FALSE(hasHandEdits(setSpeed(tracks, EditTime(1), EditTime(15), 40, ids)->tracks.camera));
+}
+
+TEST(PositionChain, KeysThatHoldOneViewMoveTogether) {
+    // A slow pan: each key is joined to its neighbour, though the last differs from the first by more than the slack.
+    const std::vector<PositionKeyframe> keys{ownedKey(7, 9, 0.2),     ownedKey(1, 0, 0.5),     ownedKey(2, 2, 0.8),
+                                             ownedKey(3, 4, 0.80005), ownedKey(4, 5, 0.80015), ownedKey(5, 6, 0.8003),
+                                             ownedKey(6, 8, 0.2)};
+    struct Case {
+        int selected;
+        std::set<UUID> together;
+        std::optional<UUID> next;
+    };
+    for (const Case& c : {Case{1, {idOf(1)}, idOf(2)},
+                          {2, {idOf(2), idOf(3), idOf(4)}, idOf(5)},
+                          {4, {idOf(2), idOf(3), idOf(4)}, idOf(5)},
+                          {5, {idOf(5)}, idOf(6)},
+                          {6, {idOf(6), idOf(7)}, {}}}) {
+        const auto chain = positionSelectionChain(keys, idOf(c.selected));
+        ASSERT_TRUE(chain) << c.selected;
+        EXPECT_EQ(chain->selectedIDs, c.together) << c.selected;
+        EXPECT_EQ(chain->nextDifferentID, c.next) << c.selected;
+    }
+    EXPECT_FALSE(positionSelectionChain(keys, idOf(99)));
+    PositionKeyframe higher = keys[0];
+    higher.targetY += 0.1;
+    EXPECT_FALSE(areJoined(keys[0], higher)) << "both axes count";
 }
 
 } // namespace

@@ -221,11 +221,20 @@ TEST_F(SpanEdits, AnEdgeRemovesFootageAndBringsItBack) {
         EXPECT_EQ(shown(edit->tracks), c.left) << c.what;
         EXPECT_NEAR(edit->tracks.camera.position.back().time.value, c.keyAt, 1e-9) << c.what;
         EXPECT_NEAR(edit->removed.value, 20 - edit->tracks.duration().value, 1e-9) << c.what;
+
+        const auto shown = stretchPreview(tracks.fragments, idOf(c.id), c.side, EditTime(c.to), 40_s);
+        ASSERT_TRUE(shown);
+        EXPECT_EQ(shown->frozenTransformTime, shown->oldBoundaryTime) << c.what;
+        const Seconds moved = shown->newBoundaryTime - shown->oldBoundaryTime;
+        EXPECT_NEAR(moved.value, edit->removed.value * (c.side == Left ? 1 : -1), 1e-9) << c.what;
+        EXPECT_NEAR(shown->deltaSeconds.value, std::abs(edit->removed.value), 1e-9) << c.what;
+        EXPECT_EQ(shown->isRemoval, edit->removed > 0_s) << c.what;
     }
     const auto longer = stretchFragment(tracks, idOf(1), Right, EditTime(13), 40_s);
     EXPECT_EQ(longer->tracks.masks[0].endTime, EditTime(13)) << "a mask hides what comes back beside it";
     EXPECT_EQ(longer->tracks.masks[1].startTime, EditTime(10));
     EXPECT_FALSE(stretchFragment(tracks, idOf(9), Left, EditTime(1), 40_s));
+    EXPECT_FALSE(stretchPreview(tracks.fragments, idOf(9), Left, EditTime(1), 40_s));
 }
 
 } // namespace

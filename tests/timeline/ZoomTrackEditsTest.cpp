@@ -74,7 +74,8 @@ TEST_F(ZoomTrackEditing, InsertsWhereTheTrackIsFree) {
                           {"given back rounded", 6.0004, 2, "0+0>1 2+1>2 6+2>5 12+1>1"},
                           {"fitted to a span worded in hundredths", 2.996, 1, "0+0>1 2+1>2 3+1>5 6+1>3 12+1>1"},
                           {"in place of the opening key", 0, 0.6, "0+0.6>5 2+1>2 6+1>3 12+1>1"},
-                          {"never shorter than a ramp can be", 15, 0, "0+0>1 2+1>2 6+1>3 12+1>1 15+0.05>5"}}) {
+                          {"never shorter than a ramp can be", 15, 0, "0+0>1 2+1>2 6+1>3 12+1>1 15+0.05>5"},
+                          {"nor longer than the timeline", 15, 1e300, "0+0>1 2+1>2 6+1>3 12+1>1 15+20>5"}}) {
         const auto made = insertZoom(tracks, {EditTime(c.at), 5, Seconds(c.transition), {}, {}}, end, ids);
         ASSERT_TRUE(made) << c.what;
         EXPECT_EQ(written(made->tracks.zoom).substr(0, 60), c.zooms) << c.what;
@@ -296,6 +297,10 @@ TEST_F(ZoomTrackEditing, ARebuildLaysAPairOnTheFocusOfTheHold) {
               2,
               {ownedKey(1, 0, 0.5), ownedKey(2, 3, 0.2), ownedKey(3, 6, 0.8)},
               "0:0.5 3:0.5/2 6:0.5/2"},
+             {"also where the zoom's own key stands there",
+              3,
+              {ownedKey(1, 0, 0.5), ownedKey(2, 6, 0.8, 3), ownedKey(3, 9, 0.4)},
+              "0:0.5 6:0.8/3 7:0.4/3 12:0.4/3"},
              {"the first key stays", 2, {ownedKey(1, 4, 0.3)}, "3:0.3/2 4:0.3 6:0.3/2"},
              {"and is one of the pair where it stands there", 2, {ownedKey(1, 3.02, 0.3, 2)}, "3.02:0.3/2 6:0.3/2"},
          }) {
