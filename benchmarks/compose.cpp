@@ -93,8 +93,8 @@ Distribution composing(const Scene& scene) {
     for (int i = -2; i < kFrames; ++i) {
         const MovieFrame& frame = scene.frame(std::max(i, 0));
         const double spent = milliseconds([&] {
-            const FramePlan plan = framePlan(*scene.instruction, scene.time(std::max(i, 0)), frame.number);
-            compositor.compose(plan, frame);
+            const FramePlan plan = framePlan(*scene.instruction, scene.time(std::max(i, 0)), {frame.number});
+            compositor.compose(plan, {frame, std::nullopt});
         });
         if (i >= 0) times.push_back(spent);
     }
@@ -156,7 +156,7 @@ int main(int count, char** arguments) {
     const EditPayload edit = ProjectBundle::initialEdit(take, reader->properties().end.sinceZero(), ids);
     const auto instruction = [&](std::vector<DenseZoomFrame> camera, const std::vector<CursorEvent>& pointer) {
         auto made = std::make_shared<CompositionInstruction>(
-            *makeInstruction({edit, take, shapes, size, size, FilmStyle::OfProject}));
+            *makeInstruction({edit, take, shapes, size, size, FilmStyle::OfProject, {}, nullptr}));
         made->denseFrames = std::move(camera);
         if (shapes) made->cursorScene = std::make_shared<const CursorScene>(CursorScene::make(pointer, shapes, {}));
         return made;

@@ -94,9 +94,7 @@ class NoRouter final : public ToolRouter {
 public:
     Task<MCPToolResult> call(std::string, JSONValue, std::string) override { co_return MCPToolResult::failed("none"); }
     std::vector<MCPResource> resources() override { return {}; }
-    Result<JSONValue, MCPToolError> readResource(const std::string& uri) override {
-        return failure(MCPToolError(MCPToolError::UnknownResource{uri}));
-    }
+    Result<JSONValue, std::string> readResource(const std::string&) override { return failure(std::string("none")); }
 };
 
 void serve(const fs::path& home) {

@@ -10,5 +10,6 @@ pkg_check_modules(ffmpeg REQUIRED IMPORTED_TARGET libavformat libavcodec libavut
 pkg_check_modules(x264 REQUIRED IMPORTED_TARGET x264)
 pkg_check_modules(png REQUIRED IMPORTED_TARGET libpng)
 pkg_check_modules(cairo REQUIRED IMPORTED_TARGET cairo)
+pkg_check_modules(pango REQUIRED IMPORTED_TARGET pangocairo)
 pkg_check_modules(xcb REQUIRED IMPORTED_TARGET
     xcb xcb-shm xcb-damage xcb-xfixes xcb-randr xcb-xinput xcb-xtest xcursor)

@@ -1,10 +1,12 @@
 # One library for each row of the layer table; a row's DEPENDS are the rows it may include.
 
-# morvelin_layer(NAME FOLDER folder [DEPENDS targets...] [LINKS libraries...])
-# The library of src/FOLDER, without its subfolders, which are layers of their own.
+# morvelin_layer(NAME FOLDER folder [PARTS folders...] [DEPENDS targets...] [LINKS libraries...])
+# The library of src/FOLDER and of the folders that are PARTS of it; other subfolders are layers of their own.
 function(morvelin_layer name)
-    cmake_parse_arguments(LAYER "" "FOLDER" "DEPENDS;LINKS" ${ARGN})
-    file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${LAYER_FOLDER}/*.cpp)
+    cmake_parse_arguments(LAYER "" "FOLDER" "PARTS;DEPENDS;LINKS" ${ARGN})
+    list(TRANSFORM LAYER_PARTS PREPEND ${PROJECT_SOURCE_DIR}/src/ OUTPUT_VARIABLE parts)
+    list(TRANSFORM parts APPEND /*.cpp)
+    file(GLOB sources CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/src/${LAYER_FOLDER}/*.cpp ${parts})
     if(NOT sources)
         add_library(${name} INTERFACE)
         target_include_directories(${name} INTERFACE ${PROJECT_SOURCE_DIR}/src)

@@ -18,7 +18,7 @@ struct PNGError {
     [[nodiscard]] std::string description() const { return detail; }
 };
 
-/// The image as a PNG file: 8 bits a channel with alpha, which is straight in the file.
+/// The image as a PNG file: 8 bits a channel, with straight alpha unless the image is opaque.
 [[nodiscard]] Result<std::vector<std::uint8_t>, PNGError> encodePNG(const Image& image);
 
 /// The image of a PNG file of any kind, with premultiplied alpha.

@@ -14,7 +14,8 @@ public:
     virtual ~ImageFileProbe() = default;
 
     /// Decodes the whole image; gives its size in pixels and the extension that goes with its form. Nothing for what is
-    /// no image, is damaged, is of a form that this machine can't read, or is larger than 64 MiB or 16384 pixels a side.
+    /// no image, is damaged, is of a form that this machine can't read, or is larger than 64 MiB, 2^25 pixels (2^27 of
+    /// a JPEG) or 32767 pixels a side.
     struct Image {
         PixelSize size;
         std::string extension; ///< with its dot

@@ -5,6 +5,7 @@
 #include <numbers>
 #include <string_view>
 
+#include "core/base/Smoothstep.h"
 #include "render/BackgroundPresets.h"
 #include "render/MeshShapes.h"
 
@@ -97,11 +98,11 @@ void BackgroundArt::chooseColors(std::span<const Rgb> colors) {
 void BackgroundArt::chooseGradient(std::string_view id) {
     const auto& preset = BackgroundPresets::gradient(id);
     const bool isMesh = preset.id.starts_with("mesh-");
-    const std::size_t used = isMesh ? 2 : preset.hexColors.size();
+    const std::size_t used = isMesh ? 2 : preset.hexColors.size(); // the others tint the figures
     for (std::size_t i = 0; i < used; ++i) m_colors.push_back(oklabFromRgb(rgbFromHex(preset.hexColors[i])));
     m_turn = (fractionOf(preset.id) - 0.5) * 0.9;
     switch (preset.rendering) {
-    case BackgroundPresets::Rendering::Legacy: m_style = Style::Linear; break;
+    case BackgroundPresets::Rendering::Legacy: m_style = isMesh ? Style::Pools : Style::Linear; break;
     case BackgroundPresets::Rendering::Brand: m_style = Style::Pools; break;
     case BackgroundPresets::Rendering::Soft: m_style = Style::Glow; break;
     }
@@ -152,7 +153,7 @@ Oklab BackgroundArt::pooledColor(double x, double y) const {
 
 /// The last colour rises from below out of the first, through the ones between.
 Oklab BackgroundArt::glowingColor(double x, double y) const {
-    const double dx = (x - 0.22) * std::min(m_aspect, 2.0) * 0.62;
+    const double dx = (x - 0.75 * m_turn) * std::min(m_aspect, 2.0) * 0.62;
     const double dy = (y - 0.58) * 0.95;
     const double distance = std::sqrt(dx * dx + dy * dy + 0.004);
     const double wave = 0.035 * std::sin(5 * x + 1.2) + 0.03 * std::sin(4.2 * y - 2.6 * x);

@@ -11,9 +11,15 @@
 
 namespace morvelin {
 
-/// A figure of a mesh background; lengths in pixels of the output.
+/// A figure of a mesh background: a pane of tinted glass. Lengths in pixels of the output.
 struct ArtShape {
     enum class Kind { Circle, Bar, Diamond };
+
+    /// What a pane lays over a point.
+    struct Veil {
+        Rgb color;
+        double alpha = 0;
+    };
 
     Kind kind = Kind::Circle;
     double centerX = 0;
@@ -26,11 +32,12 @@ struct ArtShape {
     Rgb bottom;              ///< to this one
     double topAlpha = 1;
     double bottomAlpha = 1;
+    double rimWidth = 1; ///< over which the light that a pane's edge catches fades inwards
 
     /// How much of the pixel around a point lies inside, 0..1.
     [[nodiscard]] double coverage(double x, double y) const;
-    /// Where in its fill a point lies: 0 at the top, 1 at the bottom.
-    [[nodiscard]] double fillPosition(double x, double y) const;
+    /// Of a point inside.
+    [[nodiscard]] Veil veilAt(double x, double y) const;
     /// Every pixel that the figure touches.
     [[nodiscard]] PixelBox bounds() const;
 };

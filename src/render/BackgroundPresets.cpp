@@ -74,9 +74,9 @@ constexpr std::string_view kWallpaperIDs[] = {"wallpaper-milkyway",
                                               "wallpaper-aurora-glow"};
 
 constexpr SolidPreset kSolids[] = {
-    {"White", "FFFFFF"},  {"Paper", "F6F1E7"},  {"Sand", "DEC9A8"},     {"Amber", "F0A63A"}, {"Coral", "F0665A"},
-    {"Rose", "E2558C"},   {"Violet", "7A5AE0"}, {"Cobalt", "2F5BEA"},   {"Sky", "5AB4F0"},   {"Lagoon", "1FA8A8"},
-    {"Forest", "2F8A57"}, {"Slate", "64748B"},  {"Graphite", "2A2F3A"}, {"Ink", "12141C"},   {"Black", "000000"}};
+    {"White", "FFFFFF"}, {"Paper", "F6F1E7"},  {"Sand", "DEC9A8"},     {"Honey", "F0A63A"}, {"Coral", "F0665A"},
+    {"Rose", "E2558C"},  {"Violet", "7A5AE0"}, {"Cobalt", "2F5BEA"},   {"Sky", "5AB4F0"},   {"Lagoon", "1FA8A8"},
+    {"Moss", "2F8A57"},  {"Slate", "64748B"},  {"Graphite", "2A2F3A"}, {"Ink", "12141C"},   {"Black", "000000"}};
 
 /// The preset with that id, or with the other one, which is in the table.
 template <class Preset>

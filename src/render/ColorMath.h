@@ -43,11 +43,6 @@ struct Ycc {
     return from * (1 - share) + to * share;
 }
 
-[[nodiscard]] inline double smoothstep(double x) {
-    const double t = std::clamp(x, 0.0, 1.0);
-    return t * t * (3 - 2 * t);
-}
-
 /// The colour at `alpha` over nothing: premultiplied, and linear in its arguments, so that sums of weighted colours
 /// come out right.
 [[nodiscard]] inline Ycc yccFromPremultiplied(const Rgb& color, double alpha) {

@@ -10,6 +10,7 @@
 #include "core/Keyframes.h"
 #include "core/Style.h"
 #include "platform/Picture.h"
+#include "speech/TimelineCues.h"
 #include "timeline/DenseCurve.h"
 #include "timeline/FragmentMap.h"
 
@@ -24,12 +25,22 @@ struct CompositionInstruction {
     double cornerRadius = 0.01; ///< fraction of the frame's smaller side
     double shadowIntensity = 0.5;
     std::optional<Background> background; ///< absent: black
+    /// The background's picture, sRGB; null when it has none or the file can't be read.
+    std::shared_ptr<const Image> backgroundImage;
     std::vector<DenseZoomFrame> denseFrames;
     std::vector<ClickPing> clickPings;
     std::vector<MaskKeyframe> maskKeyframes;
+    std::vector<FocusKeyframe> focusKeyframes;
+    std::vector<TapTapKeyframe> tapTapKeyframes;
+    TapTapStyle tapTapStyle = TapTapStyle::Pointer;
+    double tapTapScale = 1;
     bool clickAnimationsEnabled = true;
     std::optional<CodableColor> clickAnimationColor; ///< in place of each button's own colour
-    std::shared_ptr<const CursorScene> cursorScene;  ///< absent: the pointer is in the recording, or hidden
+    std::optional<CodableColor> annotationColor;     ///< of ovals without a colour of their own
+    std::vector<TimelineCue> captionCues;            ///< empty where captions are off
+    double captionSize = 1;
+    std::optional<CameraSettings> cameraSettings;   ///< absent: no bubble
+    std::shared_ptr<const CursorScene> cursorScene; ///< absent: the pointer is in the recording, or hidden
     FragmentMap fragments;
 };
 

@@ -21,6 +21,7 @@ struct Compositor::State {
           picture(image->size(), image->subsampling()),
           video(image->size(), image->subsampling()),
           overlays(image->size(), image->subsampling()),
+          camera(image->size(), image->subsampling()),
           stage(std::move(image)) {}
 
     /// The frame as it will be, and what of it is already there.
@@ -29,7 +30,7 @@ struct Compositor::State {
         std::shared_ptr<const Picture> picture;
     };
 
-    void findChanges(const FramePlan& plan, const MovieFrame& frame);
+    void findChanges(const FramePlan& plan, const ShownFrames& frames);
     void addPictureChanges(const MovieFrame& frame);
     void addMaskChanges(const FramePlan& plan);
     void draw(const PixelBox& box, const Picture& source);
@@ -38,6 +39,7 @@ struct Compositor::State {
     Picture picture;
     VideoLayer video;
     OverlayLayer overlays;
+    CameraLayer camera;
     StageLayer stage;
     std::optional<Shown> shown;
     std::vector<PixelBox> changed;
@@ -58,24 +60,26 @@ Compositor::~Compositor() = default;
 
 std::shared_ptr<const StageImage> Compositor::stageImage() const { return m_state->stage.image(); }
 
-ComposedFrame Compositor::compose(const FramePlan& plan, const MovieFrame& frame) {
-    assert(frame.picture != nullptr);
+ComposedFrame Compositor::compose(const FramePlan& plan, const ShownFrames& frames) {
+    assert(frames.recording.picture != nullptr);
     State& state = *m_state;
     state.changed.clear();
     if (!state.shown || state.shown->plan != plan) {
-        state.findChanges(plan, frame);
-        for (const PixelBox& box : state.changed) state.draw(box, *frame.picture);
-        state.shown = State::Shown{plan, frame.picture};
+        state.findChanges(plan, frames);
+        for (const PixelBox& box : state.changed) state.draw(box, *frames.recording.picture);
+        state.shown = State::Shown{plan, frames.recording.picture};
     }
     return {state.picture, state.changed};
 }
 
 /// Prepares all layers, and lists what they will draw differently.
-void Compositor::State::findChanges(const FramePlan& plan, const MovieFrame& frame) {
+void Compositor::State::findChanges(const FramePlan& plan, const ShownFrames& frames) {
+    const MovieFrame& frame = frames.recording;
     const PixelBox everything{0, 0, picture.size().width, picture.size().height};
     const bool isNewPicture = !shown || shown->plan.sourceFrame != plan.sourceFrame;
     const bool isNewView = !shown || shown->plan.stage != plan.stage || shown->picture->size() != frame.picture->size();
     overlays.prepare(plan, changed);
+    camera.prepare(plan.camera, frames.camera ? frames.camera->picture : nullptr, changed);
     if (!isNewView && plan.stage.showsPicture) {
         // Asked while the layer still holds the masks of the frame before: both frames' masks feel the change.
         if (isNewPicture) addPictureChanges(frame);
@@ -109,6 +113,8 @@ void Compositor::State::draw(const PixelBox& box, const Picture& source) {
     stage.draw(box, picture);
     video.draw(source, box, picture);
     overlays.draw(box, picture);
+    camera.draw(box, picture);
+    overlays.drawCaption(box, picture);
 }
 
 } // namespace morvelin

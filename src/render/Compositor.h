@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <span>
 
 #include "platform/MovieReader.h"
@@ -13,6 +14,14 @@
 namespace morvelin {
 
 class StageImage;
+
+/// The movies' frames that show at a moment.
+struct ShownFrames {
+    MovieFrame recording;
+    std::optional<MovieFrame> camera; ///< absent without a camera, or when it has no picture then
+
+    [[nodiscard]] FrameNumbers numbers() const { return {recording.number, camera ? camera->number : -1}; }
+};
 
 /// A frame that a compositor has drawn.
 struct ComposedFrame {
@@ -34,9 +43,9 @@ public:
     /// The background and shadow of every frame: made once, shared with other compositors of the film.
     [[nodiscard]] std::shared_ptr<const StageImage> stageImage() const;
 
-    /// Draws a plan of this compositor's instruction. `frame` is the recording's frame that the plan names; frames with
-    /// equal numbers are taken to be equal. The first frame changes everything.
-    ComposedFrame compose(const FramePlan& plan, const MovieFrame& frame);
+    /// Draws a plan of this compositor's instruction. `frames` are those that the plan names; frames with equal numbers
+    /// are taken to be equal. The first frame changes everything.
+    ComposedFrame compose(const FramePlan& plan, const ShownFrames& frames);
 
 private:
     struct State;

@@ -5,7 +5,7 @@
 #include <limits>
 #include <numeric>
 
-#include "timeline/ZoomTrack.h"
+#include "core/base/Smoothstep.h"
 
 namespace morvelin {
 

@@ -9,8 +9,6 @@ namespace morvelin {
 
 namespace {
 
-constexpr Seconds kShortestPiece = 0.001_s;
-constexpr double kPlainSpeed = 0.001;   ///< a speed this close to 1 leaves the piece as it is
 constexpr Seconds kTimeBaseSlack{5e-4}; ///< the most that a time base of milliseconds moves a frame
 constexpr Seconds kBeforeTheCut{1e-6};  ///< keeps a moment on this side of a cut
 
@@ -72,7 +70,7 @@ Result<EditComposition, FragmentCompositionError> FragmentCompositionBuilder::bu
         const SourceTime to = std::min(fragment.sourceEnd, movie.end);
         if (fragment.speed <= 0 || to - from <= kShortestPiece + Seconds(kTolerance)) continue;
 
-        const double speed = std::abs(fragment.speed - 1) > kPlainSpeed ? fragment.speed : 1;
+        const double speed = playedSpeed(fragment.speed);
         const EditTime start = end;
         end = start + (to - from) / speed;
         segments.push_back({start, end, from, to, speed});

@@ -2,6 +2,7 @@
 // preview or a frame reader.
 #pragma once
 
+#include <cmath>
 #include <span>
 #include <string>
 #include <vector>
@@ -57,8 +58,13 @@ private:
 
 namespace FragmentCompositionBuilder {
 
-/// Lays the fragments out by `order`, limited to what the movie holds; what is left of one at 0.001 s or less, and one
-/// with a speed not above 0, is skipped. Without anything left the composition is empty.
+/// What is left of a piece of picture or sound at this length of its file, or less, is skipped.
+inline constexpr Seconds kShortestPiece = 0.001_s;
+
+/// A speed next to 1 leaves a piece as it is.
+[[nodiscard]] inline double playedSpeed(double speed) { return std::abs(speed - 1) > 0.001 ? speed : 1; }
+
+/// Lays the fragments out by `order`, limited to what the movie holds; one with a speed not above 0 is skipped. Without anything left the composition is empty.
 Result<EditComposition, FragmentCompositionError> build(const MovieProperties& movie,
                                                         std::span<const VideoFragment> fragments);
 

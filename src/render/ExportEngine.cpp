@@ -2,13 +2,12 @@
 
 #include <fmt/format.h>
 
-#include "capture/CursorShapeLibrary.h"
 #include "core/base/Files.h"
 #include "render/EventsSidecar.h"
 #include "render/ExportFolder.h"
 #include "render/Film.h"
-#include "render/FilmInstruction.h"
 #include "render/FilmRenderer.h"
+#include "render/ProjectFilm.h"
 
 namespace morvelin {
 
@@ -18,45 +17,15 @@ namespace {
 
 using Kind = ExportError::Kind;
 
-/// A recording may lack this much of what the edit wants of it: the last picture's length isn't known exactly.
-constexpr Seconds kMissingEnd = 1_s;
-
 ExportError errorOf(Kind kind) { return {kind, {}, {}}; }
-
-Result<std::unique_ptr<MovieReader>, ExportError> openRecording(MovieReaderFactory& readers, const fs::path& path) {
-    std::error_code ignored;
-    if (!fs::exists(path, ignored)) return failure(errorOf(Kind::NoRecording));
-    auto reader = readers.open(path);
-    if (!reader) return failure(ExportError::from(reader.error()));
-    return std::move(*reader);
-}
-
-/// Whether the edit shows moments that the movie has lost.
-bool isCutOff(const MovieProperties& movie, const EditPayload& edit) {
-    return std::ranges::any_of(edit.fragments, [&](const VideoFragment& fragment) {
-        return fragment.length() > 0_s && fragment.sourceEnd > movie.end + kMissingEnd;
-    });
-}
 
 VideoSettings settingsOf(const ExportRequest& request, const MovieProperties& movie) {
     return request.purpose == ExportPurpose::ForAI ? forAISettings(movie.size, movie.nominalFrameRate)
                                                    : mp4Settings(movie.size, movie.nominalFrameRate, request.quality);
 }
 
-Result<Film, ExportError> makeFilm(const ProjectBundle::Contents& project, const EditPayload& edit,
-                                   const MovieProperties& movie, const VideoSettings& settings, ExportPurpose purpose) {
-    if (isCutOff(movie, edit)) return failure(errorOf(Kind::IncompleteRead));
-    auto composition = FragmentCompositionBuilder::build(movie, edit.fragments);
-    if (!composition) return failure(ExportError::from(composition.error()));
-
-    const FilmStyle style = purpose == ExportPurpose::ForAI ? FilmStyle::Plain : FilmStyle::OfProject;
-    const auto shapes = CursorShapeLibrary::load(project.recordingURL.parent_path());
-    Film film{std::move(*composition),
-              makeInstruction({edit, project.cursorEvents, shapes, movie.size, settings.size, style}),
-              settings.frameRate};
-    // A video of no length has no frame to write.
-    if (film.frameCount() == 0) return failure(errorOf(Kind::ExportSessionFailed));
-    return film;
+FilmStyle styleOf(ExportPurpose purpose) {
+    return purpose == ExportPurpose::ForAI ? FilmStyle::Plain : FilmStyle::OfProject;
 }
 
 MovieSettings movieSettings(const fs::path& path, const VideoSettings& settings) {
@@ -69,8 +38,9 @@ MovieSettings movieSettings(const fs::path& path, const VideoSettings& settings)
 }
 
 /// Renders the whole film into a new movie file.
-Result<void, ExportError> writeFilm(const Film& film, MovieReader& reader, MovieWriter& writer, const fs::path& target,
-                                    const ExportEngine::ProgressHandler& progress, const std::stop_token& stop) {
+Result<void, ExportError> writeFilm(const Film& film, const FilmReaders& readers, MovieWriter& writer,
+                                    const fs::path& target, const ExportEngine::ProgressHandler& progress,
+                                    const std::stop_token& stop) {
     const std::int64_t frameCount = film.frameCount();
     Compositor compositor(film.instruction, Subsampling::Quarter);
     const auto append = [&](std::int64_t number, const ComposedFrame& frame) -> Result<void, ExportError> {
@@ -79,7 +49,8 @@ Result<void, ExportError> writeFilm(const Film& film, MovieReader& reader, Movie
         if (progress) progress({number + 1, frameCount});
         return {};
     };
-    if (auto rendered = renderPart(film, {0, frameCount}, reader, compositor, append, stop); !rendered) return rendered;
+    if (auto rendered = renderPart(film, {0, frameCount}, readers, compositor, append, stop); !rendered)
+        return rendered;
     if (auto finished = writer.finish(film.length()); !finished)
         return failure(ExportError::from(finished.error(), target));
     return {};
@@ -89,7 +60,7 @@ Result<void, ExportError> writeFilm(const Film& film, MovieReader& reader, Movie
 std::vector<fs::path> writeSidecars(const EventsSidecarSubject& subject, const fs::path& video, const Log& log) {
     const fs::path path = eventsSidecarPath(video);
     if (const auto written = writeFileAtomically(path, encode(makeEventsSidecar(subject))); !written) {
-        if (log) log("[FounderMode] Failed to write events sidecar: " + written.error().description());
+        log("[FounderMode] Failed to write events sidecar: " + written.error().description());
         return {};
     }
     return {path};
@@ -124,12 +95,15 @@ Result<ExportedFiles, ExportError> ExportEngine::exportProject(const ProjectBund
     const auto entry = m_services.activity.add(m_services.ids.next(), {[&] { stopper.request_stop(); }});
 
     const EditPayload& edit = project.currentVersion().edit;
-    const auto reader = openRecording(m_services.readers, project.recordingURL);
-    if (!reader) return failure(reader.error());
-    const MovieProperties movie = (*reader)->properties();
-    const VideoSettings settings = settingsOf(request, movie);
-    const auto film = makeFilm(project, edit, movie, settings, request.purpose);
+    const auto movies = FilmMovies::open(project, m_services.readers, m_services.log);
+    if (!movies) return failure(movies.error());
+    const MovieProperties& recording = movies->recording->properties();
+    const VideoSettings settings = settingsOf(request, recording);
+    const auto film = makeFilm(project, *movies, {settings.size, settings.frameRate, styleOf(request.purpose)},
+                               m_services.log);
     if (!film) return failure(film.error());
+    // A video of no length has no frame to write.
+    if (film->frameCount() == 0) return failure(errorOf(Kind::ExportSessionFailed));
 
     const auto target = targetOf(request);
     if (!target) return failure(target.error());
@@ -138,7 +112,8 @@ Result<ExportedFiles, ExportError> ExportEngine::exportProject(const ProjectBund
     {
         const auto writer = m_services.writers.create(movieSettings(folder->file(), settings));
         if (!writer) return failure(ExportError::from(writer.error(), *target));
-        auto written = writeFilm(*film, **reader, **writer, *target, progress, stopper.get_token());
+        auto written = writeFilm(*film, {*movies->recording, movies->camera.get(), m_services.log}, **writer, *target,
+                                 progress, stopper.get_token());
         if (!written) return failure(written.error());
     }
     if (stopper.stop_requested()) return failure(errorOf(Kind::Stopped));

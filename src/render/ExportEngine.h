@@ -68,7 +68,9 @@ public:
     /// Called on the exporting thread after every frame.
     using ProgressHandler = std::function<void(const ExportProgress&)>;
 
-    explicit ExportEngine(Services services) : m_services(std::move(services)) {}
+    explicit ExportEngine(Services services) : m_services(std::move(services)) {
+        if (!m_services.log) m_services.log = [](std::string_view) {};
+    }
 
     /// Renders the project as it is at this moment; call it on a worker thread. The target is only replaced by a whole
     /// file: on any failure, and when `stop` or the registry asks for an end, nothing of the export stays.

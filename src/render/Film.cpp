@@ -18,6 +18,15 @@ std::int64_t Film::frameCount() const {
     return std::max<std::int64_t>(1, static_cast<std::int64_t>(std::ceil(frames - kFrameSlack)));
 }
 
+std::int64_t Film::frameAt(EditTime t) const {
+    const auto frame = static_cast<std::int64_t>(std::floor(t.value * frameRate + kFrameSlack));
+    return std::clamp<std::int64_t>(frame, 0, std::max<std::int64_t>(frameCount() - 1, 0));
+}
+
 EditTime Film::frameTime(std::int64_t frame) const { return EditTime(static_cast<double>(frame) / frameRate); }
+
+SourceTime Film::cameraTime(EditTime t) const {
+    return composition.pictureTime(t) - instruction->cameraSettings->startOffset;
+}
 
 } // namespace morvelin

@@ -19,8 +19,16 @@ struct Film {
     [[nodiscard]] std::int64_t frameCount() const;
     /// When a frame starts to show.
     [[nodiscard]] EditTime frameTime(std::int64_t frame) const;
+    /// The frame that shows at `t`; outside the film its first or last.
+    [[nodiscard]] std::int64_t frameAt(EditTime t) const;
     /// The film's length as it is written: whole frames.
     [[nodiscard]] Seconds length() const { return frameTime(frameCount()).sinceZero(); }
+
+    /// Whether a camera's bubble is wanted.
+    [[nodiscard]] bool showsCamera() const { return instruction->cameraSettings.has_value(); }
+    /// The moment to ask the camera's movie for at `t`: its own clock starts `startOffset` after the recording's. May
+    /// lie outside of what it holds, where its first and last frames stand still. For a film that shows the camera.
+    [[nodiscard]] SourceTime cameraTime(EditTime t) const;
 };
 
 /// A run of a film's frames, from `first` up to but not including `end`. Parts can be rendered side by side, each with

@@ -17,6 +17,8 @@ void dress(CompositionInstruction& instruction, const FilmIngredients& film, con
         instruction.cornerRadius = film.edit.cornerRadius;
         instruction.shadowIntensity = film.edit.shadowIntensity;
         instruction.background = film.edit.background;
+        instruction.backgroundImage = film.backgroundImage;
+        instruction.captionCues = film.captionCues;
         instruction.denseFrames = denseFrames(
             film.edit.zoomKeyframes, cameraPositionKeys(film.edit, fragments.duration()), film.cursorEvents, fragments);
         return;
@@ -27,6 +29,14 @@ void dress(CompositionInstruction& instruction, const FilmIngredients& film, con
         instruction.background.reset();
         return;
     }
+}
+
+void annotate(CompositionInstruction& instruction, const EditPayload& edit) {
+    instruction.focusKeyframes = edit.focusKeyframes;
+    instruction.tapTapKeyframes = edit.tapTapKeyframes;
+    instruction.tapTapStyle = edit.tapTapStyle.value_or(TapTapStyle::Pointer);
+    instruction.tapTapScale = edit.tapTapScale.value_or(1);
+    instruction.annotationColor = edit.annotationColor;
 }
 
 } // namespace
@@ -41,6 +51,9 @@ std::shared_ptr<const CompositionInstruction> makeInstruction(const FilmIngredie
     instruction->maskKeyframes = film.edit.maskKeyframes;
     instruction->clickAnimationsEnabled = film.edit.clickAnimationsEnabled;
     instruction->clickAnimationColor = film.edit.clickAnimationColor;
+    annotate(*instruction, film.edit);
+    instruction->captionSize = film.edit.captionSize;
+    if (film.hasCamera && film.edit.cameraEnabled) instruction->cameraSettings = film.edit.camera;
     if (film.cursorShapes)
         instruction->cursorScene = std::make_shared<const CursorScene>(
             CursorScene::make(film.cursorEvents, film.cursorShapes, film.edit.cursor.value_or(CursorSettings())));

@@ -24,6 +24,9 @@ struct FilmIngredients {
     PixelSize videoSize;                                    ///< of the recording
     PixelSize outputSize;
     FilmStyle style = FilmStyle::OfProject;
+    std::vector<TimelineCue> captionCues;         ///< empty where captions are off
+    std::shared_ptr<const Image> backgroundImage; ///< null: none, or unreadable
+    bool hasCamera = false;                       ///< whether a camera's movie can be read
 };
 
 [[nodiscard]] std::shared_ptr<const CompositionInstruction> makeInstruction(const FilmIngredients& ingredients);

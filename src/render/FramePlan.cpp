@@ -130,13 +130,18 @@ void addPointer(const CompositionInstruction& instruction, EditTime t, FramePlan
 
 } // namespace
 
-FramePlan framePlan(const CompositionInstruction& instruction, EditTime t, std::int64_t sourceFrame) {
+FramePlan framePlan(const CompositionInstruction& instruction, EditTime t, const FrameNumbers& frames) {
     FramePlan plan;
     plan.stage = stageGeometry(instruction, sampleDenseFrames(instruction.denseFrames, t));
-    plan.sourceFrame = sourceFrame;
+    plan.sourceFrame = frames.recording;
     if (plan.stage.showsPicture) addMasks(instruction, t, plan);
     addRings(instruction, t, plan);
     addPointer(instruction, t, plan);
+    plan.ovals = focusOvalsAt(instruction, plan.stage, t);
+    plan.hands = tapTapHandsAt(instruction, plan.stage, t);
+    if (instruction.cameraSettings && frames.camera >= 0)
+        plan.camera = cameraBubble(*instruction.cameraSettings, plan.stage.videoRect, frames.camera);
+    plan.caption = captionAt(instruction, plan.stage.videoRect, t);
     return plan;
 }
 

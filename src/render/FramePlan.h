@@ -10,8 +10,12 @@
 #include "core/Geometry.h"
 #include "core/base/Time.h"
 #include "platform/Picture.h"
+#include "render/CameraBubble.h"
+#include "render/CaptionOverlay.h"
 #include "render/CompositionInstruction.h"
+#include "render/FocusOval.h"
 #include "render/StageGeometry.h"
+#include "render/TapTapHand.h"
 
 namespace morvelin {
 
@@ -49,11 +53,23 @@ struct FramePlan {
     std::vector<MaskPlacement> masks;
     std::vector<PingRing> rings;
     std::optional<PointerPlacement> pointer;
+    std::vector<FocusOval> ovals;
+    std::vector<TapTapHand> hands;
+    std::optional<CameraBubble> camera;
+    std::optional<CaptionPlacement> caption;
 
     bool operator==(const FramePlan&) const = default;
 };
 
-/// The plan of the frame at `t`; `sourceFrame` is the number of the recording's frame that shows then.
-[[nodiscard]] FramePlan framePlan(const CompositionInstruction& instruction, EditTime t, std::int64_t sourceFrame);
+/// The numbers of the movies' frames that show at a moment.
+struct FrameNumbers {
+    std::int64_t recording = -1;
+    std::int64_t camera = -1; ///< below 0 when there is no camera, or it has no picture then
+
+    bool operator==(const FrameNumbers&) const = default;
+};
+
+/// The plan of the frame at `t`, when those frames of the movies show.
+[[nodiscard]] FramePlan framePlan(const CompositionInstruction& instruction, EditTime t, const FrameNumbers& frames);
 
 } // namespace morvelin

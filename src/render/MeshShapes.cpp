@@ -7,14 +7,11 @@ namespace morvelin {
 
 namespace {
 
-/// Lengths of the output that figures are placed by.
-struct Canvas {
-    double width;
-    double height;
-    double side; ///< the smaller of both
-
-    explicit Canvas(PixelSize size) : width(size.width), height(size.height), side(std::min(size.width, size.height)) {}
-};
+/// The light at a pane's edge.
+constexpr double kRimAlpha = 0.42;
+constexpr double kRimWhite = 0.65; ///< the rest is the pane's own tint
+/// How far it reaches in, as a share of the output's smaller side.
+constexpr double kRimReach = 0.010;
 
 struct Fill {
     Rgb top;
@@ -23,60 +20,48 @@ struct Fill {
     double bottomAlpha;
 };
 
-ArtShape filled(ArtShape shape, const Fill& fill) {
-    shape.top = fill.top;
-    shape.bottom = fill.bottom;
-    shape.topAlpha = fill.topAlpha;
-    shape.bottomAlpha = fill.bottomAlpha;
-    return shape;
-}
+/// Places figures by shares of an output.
+class Placement {
+public:
+    explicit Placement(PixelSize size)
+        : m_width(size.width),
+          m_height(size.height),
+          m_side(std::min(size.width, size.height)) {}
 
-ArtShape circle(const Canvas& canvas, double x, double y, double radius, const Fill& fill) {
-    return filled({ArtShape::Kind::Circle,
-                   x * canvas.width,
-                   y * canvas.height,
-                   radius * canvas.side,
-                   radius * canvas.side,
-                   0,
-                   0,
-                   {},
-                   {},
-                   1,
-                   1},
-                  fill);
-}
+    [[nodiscard]] ArtShape circle(double x, double y, double radius, const Fill& fill) const {
+        return at(x, y, radius * m_side, radius * m_side, ArtShape::Kind::Circle, fill);
+    }
+    [[nodiscard]] ArtShape diamond(double x, double y, double halfDiagonal, const Fill& fill) const {
+        return at(x, y, halfDiagonal * m_side, halfDiagonal * m_side, ArtShape::Kind::Diamond, fill);
+    }
+    [[nodiscard]] ArtShape bar(double x, double y, double width, double height, double angle, const Fill& fill) const {
+        ArtShape shape = at(x, y, width * m_width / 2, height * m_height / 2, ArtShape::Kind::Bar, fill);
+        shape.cornerRadius = 0.14 * 2 * std::min(shape.halfWidth, shape.halfHeight);
+        shape.angle = angle;
+        return shape;
+    }
 
-ArtShape bar(const Canvas& canvas, double x, double y, double width, double height, double angle, const Fill& fill) {
-    const double w = width * canvas.width;
-    const double h = height * canvas.height;
-    return filled({ArtShape::Kind::Bar,
-                   x * canvas.width,
-                   y * canvas.height,
-                   w / 2,
-                   h / 2,
-                   0.14 * std::min(w, h),
-                   angle,
-                   {},
-                   {},
-                   1,
-                   1},
-                  fill);
-}
+private:
+    [[nodiscard]] ArtShape at(double x, double y, double halfWidth, double halfHeight, ArtShape::Kind kind,
+                              const Fill& fill) const {
+        ArtShape shape;
+        shape.kind = kind;
+        shape.centerX = x * m_width;
+        shape.centerY = y * m_height;
+        shape.halfWidth = halfWidth;
+        shape.halfHeight = halfHeight;
+        shape.top = fill.top;
+        shape.bottom = fill.bottom;
+        shape.topAlpha = fill.topAlpha;
+        shape.bottomAlpha = fill.bottomAlpha;
+        shape.rimWidth = std::max(1.0, kRimReach * m_side);
+        return shape;
+    }
 
-ArtShape diamond(const Canvas& canvas, double x, double y, double halfDiagonal, const Fill& fill) {
-    return filled({ArtShape::Kind::Diamond,
-                   x * canvas.width,
-                   y * canvas.height,
-                   halfDiagonal * canvas.side,
-                   halfDiagonal * canvas.side,
-                   0,
-                   0,
-                   {},
-                   {},
-                   1,
-                   1},
-                  fill);
-}
+    double m_width;
+    double m_height;
+    double m_side; ///< the smaller of both
+};
 
 /// A point seen from a figure's middle, along its own axes.
 struct LocalPoint {
@@ -125,8 +110,19 @@ double ArtShape::coverage(double x, double y) const {
     return sum / (kCells * kCells);
 }
 
-double ArtShape::fillPosition(double x, double y) const {
-    return std::clamp(0.5 + localPoint(*this, x, y).y / (2 * std::max(halfHeight, 1.0)), 0.0, 1.0);
+ArtShape::Veil ArtShape::veilAt(double x, double y) const {
+    const LocalPoint place = localPoint(*this, x, y);
+    const double down = std::clamp(0.5 + place.y / (2 * std::max(halfHeight, 1.0)), 0.0, 1.0);
+    const double alpha = std::lerp(topAlpha, bottomAlpha, down);
+    // Light over the tint, most at the top, where it comes from.
+    const double rim = kRimAlpha * (1 - 0.75 * down) * std::exp(std::min(signedDistance(*this, place), 0.0) / rimWidth);
+    const double both = rim + alpha * (1 - rim);
+    const double caught = both > 0 ? rim / both : 0;
+    const auto part = [&](double Rgb::*channel) {
+        return std::lerp(std::lerp(top.*channel, bottom.*channel, down), std::lerp(top.*channel, 1.0, kRimWhite),
+                         caught);
+    };
+    return {{part(&Rgb::red), part(&Rgb::green), part(&Rgb::blue)}, both};
 }
 
 PixelBox ArtShape::bounds() const {
@@ -140,21 +136,23 @@ PixelBox ArtShape::bounds() const {
 }
 
 std::vector<ArtShape> meshShapes(const BackgroundPresets::GradientPreset& preset, PixelSize output) {
-    const Canvas canvas(output);
+    const Placement place(output);
     const auto color = [&](std::size_t index) { return rgbFromHex(preset.hexColors[index]); };
     if (preset.id == "mesh-nebula") {
-        return {circle(canvas, 0.78, 0.18, 0.38, {color(2), color(1), 0.95, 0.15}),
-                circle(canvas, 0.18, 0.82, 0.42, {color(3), color(1), 0.90, 0.10}),
-                circle(canvas, 0.47, 0.46, 0.28, {color(4), color(2), 0.90, 0.20})};
+        return {place.circle(0.78, 0.18, 0.38, {color(2), color(1), 0.95, 0.15}),
+                place.circle(0.18, 0.82, 0.42, {color(3), color(1), 0.90, 0.10}),
+                place.circle(0.47, 0.46, 0.28, {color(4), color(2), 0.90, 0.20})};
     }
     if (preset.id == "mesh-glacier") {
-        return {bar(canvas, 0.32, 0.38, 0.55, 0.22, -0.22, {color(2), color(2), 0.80, 0.12}),
-                bar(canvas, 0.72, 0.68, 0.48, 0.18, 0.18, {color(3), color(1), 0.60, 0.08})};
+        return {place.bar(0.32, 0.38, 0.55, 0.22, -0.22, {color(2), color(2), 0.72, 0.22}),
+                place.bar(0.72, 0.68, 0.48, 0.18, 0.18, {color(3), color(1), 0.62, 0.20})};
     }
     if (preset.id == "mesh-terra") {
-        return {diamond(canvas, 0.22, 0.28, 0.22, {color(2), color(4), 0.90, 0.15}),
-                diamond(canvas, 0.74, 0.66, 0.34, {color(3), color(1), 0.85, 0.10}),
-                diamond(canvas, 0.55, 0.24, 0.13, {color(4), color(1), 0.80, 0.20})};
+        return {place.diamond(0.22, 0.28, 0.22, {color(2), color(4), 0.85, 0.20}),
+                place.diamond(0.80, 0.74, 0.52, {color(3), color(1), 0.80, 0.20}),
+                place.diamond(0.56, 0.86, 0.34, {color(1), color(3), 0.60, 0.45}),
+                place.diamond(0.33, 0.66, 0.24, {color(4), color(1), 0.75, 0.25}),
+                place.diamond(0.63, 0.24, 0.13, {color(2), color(0), 0.70, 0.25})};
     }
     return {};
 }

@@ -1,6 +1,5 @@
 #include "render/OverlayLayer.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "render/Canvas.h"
@@ -16,56 +15,54 @@ bool contains(const RoundedRectangle& shape, const PixelBox& box) {
            box.bottom() <= shape.rect.bottom() - r;
 }
 
-} // namespace
-
-void OverlayLayer::prepare(const FramePlan& plan, std::vector<PixelBox>& boxes) {
-    prepareRings(plan, boxes);
-    preparePointer(plan, boxes);
-}
-
-void OverlayLayer::draw(const PixelBox& box, Picture& out) const {
-    for (const Ring& ring : m_rings) ring.sprite.blend(box, out);
-    if (m_pointer) m_pointer->sprite.blend(box, out);
-}
-
-OverlaySprite OverlayLayer::ringSprite(const PingRing& ring, const RoundedRectangle& clip) const {
+Tile drawn(const PingRing& ring, PixelSize output) {
     const double reach = (ring.diameter + ring.lineWidth) / 2 + 1;
-    const PixelBox box = touchedPixels({ring.centerX - reach, ring.centerY - reach, 2 * reach, 2 * reach}, m_output);
-    if (box.isEmpty()) return {Tile(box), m_output, m_subsampling};
+    const PixelBox box = touchedPixels({ring.centerX - reach, ring.centerY - reach, 2 * reach, 2 * reach}, output);
+    if (box.isEmpty()) return Tile(box);
 
     Canvas canvas(box);
     canvas.strokeCircle(ring.centerX, ring.centerY, ring.diameter, ring.lineWidth, ring.color);
-    Tile tile = tileOf(canvas.image(), box);
-    if (!contains(clip, box)) clipTile(clip, m_output, tile);
-    return {tile, m_output, m_subsampling};
+    return tileOf(canvas.image(), box);
 }
 
-void OverlayLayer::prepareRings(const FramePlan& plan, std::vector<PixelBox>& boxes) {
+/// What is there at most once, as a list.
+template <class T>
+std::span<const T> listOf(const std::optional<T>& value) {
+    return value ? std::span<const T>(&*value, 1) : std::span<const T>();
+}
+
+} // namespace
+
+void OverlayLayer::prepare(const FramePlan& plan, std::vector<PixelBox>& boxes) {
     const RoundedRectangle clip{plan.stage.frameRect, plan.stage.cornerRadius};
-    const bool sameClip = clip == std::exchange(m_clip, clip);
-    std::vector<Ring> rings;
-    for (const PingRing& wanted : plan.rings) {
-        const auto kept = std::ranges::find(m_rings, wanted, &Ring::ring);
-        if (sameClip && kept != m_rings.end()) {
-            rings.push_back(std::move(*kept));
-            m_rings.erase(kept);
-            continue;
-        }
-        rings.push_back({wanted, ringSprite(wanted, clip)});
-        boxes.push_back(rings.back().sprite.box());
+    if (clip != std::exchange(m_clip, clip)) {
+        m_rings.forget(boxes);
+        m_ovals.forget(boxes);
+        m_hands.forget(boxes);
     }
-    for (const Ring& gone : m_rings) boxes.push_back(gone.sprite.box());
-    m_rings = std::move(rings);
+    const auto clipped = [&](const auto& placement) { return clippedSprite(drawn(placement, m_output)); };
+    m_rings.prepare(plan.rings, clipped, boxes);
+    m_pointers.prepare(
+        listOf(plan.pointer),
+        [&](const PointerPlacement& pointer) {
+            return sprite(scaledTile(m_pointerLevels.fit(pointer.image, pointer.rect.height), pointer.rect, m_output));
+        },
+        boxes);
+    m_ovals.prepare(plan.ovals, clipped, boxes);
+    m_hands.prepare(plan.hands, clipped, boxes);
+    m_caption.prepare(plan.caption, boxes);
 }
 
-void OverlayLayer::preparePointer(const FramePlan& plan, std::vector<PixelBox>& boxes) {
-    if (m_pointer && plan.pointer == m_pointer->placement) return;
-    if (m_pointer) boxes.push_back(m_pointer->sprite.box());
-    m_pointer.reset();
-    if (!plan.pointer) return;
-    const Tile tile = scaledTile(*plan.pointer->image, plan.pointer->rect, m_output);
-    m_pointer.emplace(Pointer{*plan.pointer, OverlaySprite(tile, m_output, m_subsampling)});
-    boxes.push_back(m_pointer->sprite.box());
+void OverlayLayer::draw(const PixelBox& box, Picture& out) const {
+    m_rings.draw(box, out);
+    m_pointers.draw(box, out);
+    m_ovals.draw(box, out);
+    m_hands.draw(box, out);
+}
+
+OverlaySprite OverlayLayer::clippedSprite(Tile tile) const {
+    if (!tile.box.isEmpty() && !contains(m_clip, tile.box)) clipTile(m_clip, m_output, tile);
+    return sprite(tile);
 }
 
 } // namespace morvelin

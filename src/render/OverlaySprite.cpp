@@ -59,40 +59,58 @@ struct ImageTaps {
     }
 };
 
-/// Colours that one sample of a plane stands for: `alpha` and the three premultiplied levels.
-struct SampleSum {
-    Ycc color{0, 0, 0};
-    double alpha = 0;
+/// A pixel's premultiplied levels.
+struct LevelPixel {
+    float y = 0;
+    float cb = 0;
+    float cr = 0;
+    float alpha = 0;
 
-    void add(const Tile::Pixel& pixel, double weight) {
-        const Ycc one = yccFromPremultiplied({pixel.red, pixel.green, pixel.blue}, pixel.alpha);
-        color.y += one.y * weight;
-        color.cb += one.cb * weight;
-        color.cr += one.cr * weight;
-        alpha += pixel.alpha * weight;
+    void add(const LevelPixel& other, float weight) {
+        y += other.y * weight;
+        cb += other.cb * weight;
+        cr += other.cr * weight;
+        alpha += other.alpha * weight;
     }
 };
 
-/// The tile at a pixel; nothing beside it. Past the output's sides its end pixels repeat.
-void addPixel(const Tile& tile, PixelSize output, int x, int y, double weight, SampleSum& sum) {
-    const int px = std::clamp(x, 0, output.width - 1);
-    if (px < tile.box.x || px >= tile.box.right() || y < tile.box.y || y >= tile.box.bottom()) return;
-    sum.add(tile.row(y)[px - tile.box.x], weight);
+LevelPixel levelsOf(const Tile::Pixel& pixel) {
+    const Ycc levels = yccFromPremultiplied({pixel.red, pixel.green, pixel.blue}, pixel.alpha);
+    return {static_cast<float>(levels.y), static_cast<float>(levels.cb), static_cast<float>(levels.cr), pixel.alpha};
 }
 
-SampleSum sampleAt(const Tile& tile, PixelSize output, int divisor, int x, int y) {
-    SampleSum sum;
-    if (divisor == 1) {
-        addPixel(tile, output, x, y, 1, sum);
-        return sum;
+/// A row of a tile from `first` on; nothing beside it. Past the output's sides its end pixels repeat.
+void readRow(const Tile& tile, PixelSize output, int first, int y, std::vector<LevelPixel>& row) {
+    std::ranges::fill(row, LevelPixel{});
+    if (y < tile.box.y || y >= tile.box.bottom()) return;
+    for (std::size_t i = 0; i < row.size(); ++i) {
+        const int x = std::clamp(first + static_cast<int>(i), 0, output.width - 1);
+        if (x >= tile.box.x && x < tile.box.right()) row[i] = levelsOf(tile.row(y)[x - tile.box.x]);
     }
-    for (int row = 2 * y; row < 2 * y + 2; ++row) {
-        addPixel(tile, output, 2 * x - 1, row, 0.125, sum);
-        addPixel(tile, output, 2 * x, row, 0.25, sum);
-        addPixel(tile, output, 2 * x + 1, row, 0.125, sum);
-    }
-    return sum;
 }
+
+/// Adds a row to what the chroma samples of two rows hold, each at its pixel's place.
+void addToChroma(const std::vector<LevelPixel>& row, int y, std::vector<LevelPixel>& chroma) {
+    if (y % 2 == 0) std::ranges::fill(chroma, LevelPixel{});
+    for (std::size_t x = 1; x + 1 < row.size(); x += 2) {
+        chroma[x].add(row[x - 1], 0.125F);
+        chroma[x].add(row[x], 0.25F);
+        chroma[x].add(row[x + 1], 0.125F);
+    }
+}
+
+/// Every pixel that a tile changes: the chroma sample right of it also stands for its last column.
+PixelBox changedBox(const PixelBox& tile, PixelSize output, Subsampling subsampling) {
+    if (tile.isEmpty()) return {};
+    const int even = planeGrid(1, subsampling).divisor;
+    const int left = tile.x / even * even;
+    const int top = tile.y / even * even;
+    const int right = (tile.right() + 2 * (even - 1)) / even * even;
+    const int bottom = (tile.bottom() + even - 1) / even * even;
+    return PixelBox{left, top, right - left, bottom - top}.intersected({0, 0, output.width, output.height});
+}
+
+std::int32_t ofWhole(float value) { return static_cast<std::int32_t>(std::lrint(value * kWhole)); }
 
 } // namespace
 
@@ -144,28 +162,37 @@ void clipTile(const RoundedRectangle& shape, PixelSize output, Tile& tile) {
     }
 }
 
-OverlaySprite::OverlaySprite(const Tile& tile, PixelSize output, Subsampling subsampling) : m_subsampling(subsampling) {
-    const int even = subsampling == Subsampling::Quarter ? 2 : 1;
-    if (!tile.box.isEmpty()) {
-        // The chroma sample right of the tile also stands for the tile's last column.
-        const int left = tile.box.x / even * even;
-        const int top = tile.box.y / even * even;
-        const int right = (tile.box.right() + 2 * (even - 1)) / even * even;
-        const int bottom = (tile.box.bottom() + even - 1) / even * even;
-        m_box = PixelBox{left, top, right - left, bottom - top}.intersected({0, 0, output.width, output.height});
-    }
+OverlaySprite::OverlaySprite(const Tile& tile, PixelSize output, Subsampling subsampling)
+    : m_box(changedBox(tile.box, output, subsampling)),
+      m_subsampling(subsampling) {
     for (int p = 0; p < 3; ++p) {
         Layer& layer = m_layers[static_cast<std::size_t>(p)];
-        const int divisor = planeGrid(p, subsampling).divisor;
         layer.samples = planeBox(m_box, planeGrid(p, subsampling));
-        for (int y = layer.samples.y; y < layer.samples.bottom(); ++y) {
-            for (int x = layer.samples.x; x < layer.samples.right(); ++x) {
-                const SampleSum sum = sampleAt(tile, output, divisor, x, y);
-                const double level = p == 0 ? sum.color.y : p == 1 ? sum.color.cb : sum.color.cr;
-                layer.added.push_back(static_cast<std::int32_t>(std::lround(level * kWhole)));
-                layer.kept.push_back(static_cast<std::int32_t>(std::lround((1 - sum.alpha) * kWhole)));
-            }
+        const auto width = static_cast<std::size_t>(layer.samples.width);
+        layer.added.resize(width * static_cast<std::size_t>(layer.samples.height));
+        layer.kept.resize(layer.added.size());
+    }
+    const auto set = [this](int plane, int y, const std::vector<LevelPixel>& pixels, int divisor) {
+        Layer& layer = m_layers[static_cast<std::size_t>(plane)];
+        const auto first = static_cast<std::size_t>(y - layer.samples.y) *
+                           static_cast<std::size_t>(layer.samples.width);
+        for (int x = 0; x < layer.samples.width; ++x) {
+            const LevelPixel& pixel = pixels[static_cast<std::size_t>(1 + x * divisor)];
+            const auto at = first + static_cast<std::size_t>(x);
+            layer.added[at] = ofWhole(plane == 0 ? pixel.y : plane == 1 ? pixel.cb : pixel.cr);
+            layer.kept[at] = ofWhole(1 - pixel.alpha);
         }
+    };
+    // A chroma sample also stands for half of the pixels on its either side, outside of the box too.
+    std::vector<LevelPixel> row(static_cast<std::size_t>(m_box.width) + 2);
+    std::vector<LevelPixel> chroma(row.size());
+    const int divisor = planeGrid(1, subsampling).divisor;
+    for (int y = m_box.y; y < m_box.bottom(); ++y) {
+        readRow(tile, output, m_box.x - 1, y, row);
+        set(0, y, row, 1);
+        if (divisor == 2) addToChroma(row, y, chroma);
+        if (divisor == 2 && y % 2 == 0 && y + 1 < m_box.bottom()) continue;
+        for (int p = 1; p < 3; ++p) set(p, y / divisor, divisor == 2 ? chroma : row, divisor);
     }
 }
 

@@ -2,12 +2,9 @@
 // film; immutable, shared by its compositors.
 #pragma once
 
-#include <array>
-#include <memory>
-
 #include "platform/Picture.h"
+#include "render/BackgroundPainting.h"
 #include "render/CompositionInstruction.h"
-#include "render/PlaneScaling.h"
 
 namespace morvelin {
 
@@ -25,14 +22,13 @@ public:
     }
 
 private:
-    void paintBackground(const CompositionInstruction& instruction);
     void castShadow(const CompositionInstruction& instruction);
 
     PixelSize m_size;
     Subsampling m_subsampling;
     bool m_hasShadow = false;
-    std::array<DeepPlane, 3> m_plain;
-    std::array<DeepPlane, 3> m_shadowed; ///< made only where there is a shadow
+    DeepPlanes m_plain;
+    DeepPlanes m_shadowed; ///< made only where there is a shadow
 };
 
 } // namespace morvelin

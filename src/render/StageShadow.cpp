@@ -113,4 +113,26 @@ PlaneTaps ShadowField::taps(const PlaneGrid& grid, int width, int height) const 
             axisTaps(phases, mapping(grid.y), 0, height, m_nodes.height())};
 }
 
+Tile shadowTile(const ShadowShape& shape, const PixelBox& box) {
+    Tile tile(box);
+    if (box.isEmpty()) return tile;
+    ShadowShape inBox = shape;
+    inBox.caster.rect.x -= box.x;
+    inBox.caster.rect.y -= box.y;
+    const ShadowField field(inBox, {box.width, box.height});
+
+    const PlaneTaps taps = field.taps({}, box.width, box.height);
+    ScalingScratch scratch;
+    std::vector<std::int16_t> opacities(static_cast<std::size_t>(box.width + RowTaps::kGroup));
+    RowScaler<DeepPlane> scaler(taps, field.nodes(), {0, 0, box.width, box.height}, scratch);
+    for (int y = 0; y < box.height; ++y) {
+        scalingKernels().deepColumns(scaler.row(y), box.width, kDeepBits, opacities.data());
+        Tile::Pixel* row = tile.row(box.y + y);
+        for (int x = 0; x < box.width; ++x)
+            row[x].alpha = static_cast<float>(std::max<int>(opacities[static_cast<std::size_t>(x)], 0)) /
+                           static_cast<float>(ShadowField::kOpaque);
+    }
+    return tile;
+}
+
 } // namespace morvelin

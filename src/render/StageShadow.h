@@ -1,7 +1,9 @@
-// The shadow that the picture throws on its background, at zoom 1. Used once, when a stage is made.
+// Soft shadows of rounded rectangles: the picture's on its background, the camera's bubble's on the picture. Used when
+// a stage or a sprite is made.
 #pragma once
 
 #include "platform/Picture.h"
+#include "render/OverlaySprite.h"
 #include "render/PlaneScaling.h"
 #include "render/RoundedCoverage.h"
 
@@ -34,5 +36,8 @@ private:
     double m_spacing = 1; ///< pixels between two nodes; node `kMargin` lies at the output's corner
     DeepPlane m_nodes;
 };
+
+/// A shadow as black of its opacity, in a box of the output.
+[[nodiscard]] Tile shadowTile(const ShadowShape& shape, const PixelBox& box);
 
 } // namespace morvelin

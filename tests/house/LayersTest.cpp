@@ -70,6 +70,7 @@ const std::map<std::string, Folders>& wrappedLibraries() {
         {"zimg", {"media", "render"}},
         {"cairo", {"render"}},
         {"pango/", {"render"}},
+        {"hb", {"render"}},
         {"xcb/", {"platform/x11"}},
         {"X11/", {"platform/x11"}},
         {"simdjson", {"storage"}},

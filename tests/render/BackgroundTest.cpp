@@ -5,7 +5,13 @@
 #include <gtest/gtest.h>
 
 #include "CompositorScenes.h"
+#include "base/TemporaryFolder.h"
+#include "core/base/Files.h"
+#include "core/base/PercentEncoding.h"
+#include "core/base/Text.h"
+#include "media/PNG.h"
 #include "render/BackgroundArt.h"
+#include "render/BackgroundPicture.h"
 #include "render/BackgroundPresets.h"
 #include "render/StageImage.h"
 
@@ -33,6 +39,14 @@ TEST(BackgroundPresets, AreAllThereAndFallBack) {
     EXPECT_EQ(BackgroundPresets::gradient("palette-atlantis").id, "palette-dune");
     EXPECT_EQ(BackgroundPresets::wallpaper("sunset").hexColors[1], "F59E0B");
     EXPECT_EQ(BackgroundPresets::wallpaper("wallpaper-milkyway").id, "default");
+}
+
+TEST(BackgroundPresets, EveryNameChoosesABackgroundOfItsOwn) {
+    std::set<std::string> seen;
+    for (const std::string& name : BackgroundPresets::names())
+        EXPECT_TRUE(seen.insert(caseFolded(name)).second) << name << " is the name of two";
+    for (const auto& solid : BackgroundPresets::solids())
+        EXPECT_EQ(BackgroundPresets::named(solid.name, {})->type, BackgroundType::SolidColor) << solid.name;
 }
 
 TEST(BackgroundArt, EveryGradientStaysNearItsOwnColours) {
@@ -95,12 +109,88 @@ TEST(BackgroundArt, EachKindOfBackgroundIsPainted) {
     instruction->background = background;
     EXPECT_NEAR(meanOf(StageImage(*instruction, Subsampling::None)).red, 16 + 219 * 0.5, 0.6) << "light over black";
 
+    background.imageURL = "file:///nowhere/gone.png";
+    background.wallpaperName = "wallpaper-atlantis";
     for (const BackgroundType type : {BackgroundType::Wallpaper, BackgroundType::Image}) {
         background.type = type;
         instruction->background = background;
         const Rgb mean = meanOf(StageImage(*instruction, Subsampling::None));
-        EXPECT_GT(mean.green, 140) << "the fallback's blues";
+        EXPECT_GT(mean.green, 140) << "the blues in place of what can't be had";
     }
+    background.wallpaperName = "wallpaper-ember-night";
+    background.type = BackgroundType::Wallpaper;
+    instruction->background = background;
+    EXPECT_LT(meanOf(StageImage(*instruction, Subsampling::None)).green, 128) << "no blue in a fire";
+}
+
+TEST(BackgroundArt, AProjectsOwnImageIsLoadedWhereThereIsOne) {
+    const TemporaryFolder folder;
+    const auto png = encodePNG({{40, 30}, std::vector<std::uint8_t>(4 * 40 * 30, 255)});
+    ASSERT_TRUE(png);
+    const std::string bytes(png->begin(), png->end());
+    ASSERT_TRUE(writeFileAtomically(folder.path() / "my picture.png", bytes));
+    ASSERT_TRUE(writeFileAtomically(folder.path() / "broken.png", bytes.substr(0, bytes.size() / 2)));
+    Background background;
+    background.type = BackgroundType::Image;
+    const auto loaded = [&](const char* name) {
+        background.imageURL = fileURL(folder.path() / name);
+        return loadBackgroundImage(background, folder.path(), {16, 9});
+    };
+    ASSERT_NE(loaded("my picture.png"), nullptr);
+    EXPECT_EQ(loaded("my picture.png")->size, (PixelSize{16, 12}));
+    EXPECT_EQ(loaded("broken.png"), nullptr);
+    EXPECT_EQ(loaded("gone.png"), nullptr);
+    background.imageURL.reset();
+    EXPECT_EQ(loadBackgroundImage(background, folder.path(), {16, 9}), nullptr);
+}
+
+/// Rows of pixels in the given greys, each grey `columns` wide.
+Image stripes(std::initializer_list<int> greys, int columns, int height) {
+    Image image{{static_cast<int>(greys.size()) * columns, height}, {}};
+    for (int y = 0; y < height; ++y)
+        for (const int grey : greys)
+            for (int x = 0; x < columns; ++x)
+                for (const int part : {grey, grey, grey, 255}) image.pixels.push_back(static_cast<std::uint8_t>(part));
+    return image;
+}
+
+TEST(BackgroundArt, AnImageCoversTheOutputFromItsMiddle) {
+    struct Case {
+        const char* what;
+        Image image;
+        std::array<double, 3> greys; ///< at the left, in the middle and at the right
+    };
+    const auto level = [](double grey) { return 16 + 219 * grey / 255; };
+    auto instruction = plainInstruction({0, 0}, {64, 64});
+    instruction->background = Background();
+    instruction->background->type = BackgroundType::Image;
+    for (const Case& c : {Case{"wider", stripes({0, 90, 160, 250}, 64, 128), {90, 125, 160}},
+                          {"higher", stripes({40, 200}, 16, 90), {40, 120, 200}},
+                          {"as large", stripes({40, 200}, 32, 64), {40, 120, 200}},
+                          {"one pixel", stripes({77}, 1, 1), {77, 77, 77}}}) {
+        instruction->backgroundImage = std::make_shared<const Image>(c.image);
+        for (const Subsampling subsampling : {Subsampling::None, Subsampling::Quarter}) {
+            const StageImage stage(*instruction, subsampling);
+            const auto at = [&](int x, int plane = 0) {
+                return stage.plane(plane, StageShadow::None)
+                           .row(stage.plane(plane, StageShadow::None).height() / 2)[x] /
+                       static_cast<double>(kDeepOne);
+            };
+            EXPECT_NEAR(at(2), level(c.greys[0]), 0.5) << c.what;
+            EXPECT_NEAR((at(31) + at(32)) / 2, level(c.greys[1]), 0.5) << c.what;
+            EXPECT_NEAR(at(61), level(c.greys[2]), 0.5) << c.what;
+            EXPECT_NEAR(at(5, 1), 128, 0.05) << c.what;
+        }
+    }
+    // A picture of the output's own size stays pixel for pixel.
+    instruction->backgroundImage = std::make_shared<const Image>(
+        stripes({0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255,
+                 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255,
+                 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255, 0, 255},
+                1, 64));
+    const StageImage sharp(*instruction, Subsampling::None);
+    for (int x = 0; x < 64; ++x)
+        ASSERT_EQ(sharp.plane(0, StageShadow::None).row(20)[x], kDeepOne * (x % 2 == 0 ? 16 : 235)) << x;
 }
 
 TEST(BackgroundArt, GradientsHaveNoBands) {

@@ -58,6 +58,10 @@ std::shared_ptr<CompositionInstruction> busyFilm(PixelSize output = kOutput) {
     film->clickPings = {{EditTime(0.4), 0.3, 0.6, MouseButton::Left, 2},
                         {EditTime(1.8), 0.31, 0.62, MouseButton::Right, 1},
                         {EditTime(2.1), 0.02, 0.5, MouseButton::Left, 1}};
+    film->focusKeyframes = {focus({0.3, 0.4, 0.3, 0.2}, 1)};
+    film->tapTapKeyframes = {tapTap(0.6, 0.4, 0.3)};
+    film->cameraSettings = CameraSettings{{0.7, 0.05, 0.25, 0.25}, 0.5, true, {}};
+    film->captionCues = {caption("Said while the pointer moves", {0.1, 0.5, 0.9, 1.2, 1.6})};
     std::vector<CursorEvent> events;
     for (int i = 0; i < 120; ++i) {
         CursorEvent event;
@@ -71,8 +75,8 @@ std::shared_ptr<CompositionInstruction> busyFilm(PixelSize output = kOutput) {
 }
 
 /// The recording: every third frame types a few pixels, now and then a window moves.
-std::vector<MovieFrame> busyRecording(int count) {
-    std::vector<MovieFrame> frames;
+std::vector<ShownFrames> busyRecording(int count) {
+    std::vector<ShownFrames> frames;
     auto picture = desktopPicture(kVideo, 3);
     std::int64_t number = 0;
     for (int i = 0; i < count; ++i) {
@@ -85,7 +89,10 @@ std::vector<MovieFrame> busyRecording(int count) {
                                 40 + (i * 29) % 150, static_cast<std::size_t>(size));
             ++number;
         }
-        frames.push_back(movieFrame(picture, number));
+        frames.push_back(shown(picture, number));
+        // The camera starts late, at another rate.
+        if (i > 10)
+            frames.back().camera = movieFrame(desktopPicture({64, 48}, static_cast<std::uint32_t>(i / 4)), i / 4);
     }
     return frames;
 }
@@ -99,7 +106,7 @@ TEST(CompositorChanges, PicturesDrawnByBoxesEqualThoseDrawnAtOnce) {
         int wholeFrames = 0;
         for (std::size_t i = 0; i < recording.size(); ++i) {
             const EditTime t(static_cast<double>(i) / 30);
-            const FramePlan plan = framePlan(*film, t, recording[i].number);
+            const FramePlan plan = framePlan(*film, t, recording[i].numbers());
             const ComposedFrame frame = compositor.compose(plan, recording[i]);
             Compositor fresh(film, compositor.stageImage());
             const ComposedFrame whole = fresh.compose(plan, recording[i]);
@@ -116,7 +123,7 @@ TEST(CompositorChanges, NothingChangesBetweenEqualPlans) {
     const auto film = busyFilm();
     const auto recording = busyRecording(1);
     Compositor compositor(film, Subsampling::Quarter);
-    const FramePlan plan = framePlan(*film, EditTime(0.1), 0);
+    const FramePlan plan = framePlan(*film, EditTime(0.1), {0});
     EXPECT_EQ(compositor.compose(plan, recording[0]).changed.size(), 1U) << "the first frame is all new";
     EXPECT_TRUE(compositor.compose(plan, recording[0]).changed.empty());
 }
@@ -127,11 +134,11 @@ TEST(CompositorChanges, AMovedPointerChangesLittle) {
     Compositor compositor(film, Subsampling::Quarter);
     for (const double x : {0.3, 0.32, 0.7}) {
         film->cursorScene = restingPointer(x, 0.5);
-        compositor.compose(framePlan(*film, EditTime(0), 0), recording[0]);
+        compositor.compose(framePlan(*film, EditTime(0), {0}), recording[0]);
     }
     film->cursorScene = restingPointer(0.2, 0.5);
     int area = 0;
-    for (const PixelBox& box : compositor.compose(framePlan(*film, EditTime(0), 0), recording[0]).changed) {
+    for (const PixelBox& box : compositor.compose(framePlan(*film, EditTime(0), {0}), recording[0]).changed) {
         EXPECT_EQ(box.x % 2 + box.y % 2 + box.width % 2 + box.height % 2, 0);
         area += box.width * box.height;
     }
@@ -154,7 +161,7 @@ TEST(CompositorChanges, OddFilmsAreDrawnWithoutHarm) {
                 for (const Subsampling subsampling : {Subsampling::Quarter, Subsampling::None}) {
                     Compositor compositor(film, subsampling);
                     for (const double t : {0.45, 0.5})
-                        compositor.compose(framePlan(*film, EditTime(t), 0), movieFrame(picture, 0));
+                        compositor.compose(framePlan(*film, EditTime(t), {0}), shown(picture, 0));
                 }
             }
         }
@@ -167,7 +174,7 @@ TEST(CompositorChanges, CompositorsShareAStage) {
     Compositor first(film, Subsampling::None);
     Compositor second(film, first.stageImage());
     EXPECT_EQ(first.stageImage(), second.stageImage());
-    const FramePlan plan = framePlan(*film, EditTime(0.5), 0);
+    const FramePlan plan = framePlan(*film, EditTime(0.5), {0});
     const Picture& a = first.compose(plan, recording[0]).picture;
     EXPECT_EQ(differingOutside(a, second.compose(plan, recording[0]).picture, {}), 0);
     EXPECT_EQ(a.subsampling(), Subsampling::None);

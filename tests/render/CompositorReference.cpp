@@ -2,10 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <numbers>
+#include <optional>
 
 #include "render/BackgroundArt.h"
 #include "render/BlueNoise.h"
+#include "render/CaptionLayer.h"
+#include "render/wallpapers/Wallpaper.h"
 
 namespace morvelin::test {
 
@@ -107,6 +111,62 @@ bool isInside(const ArtShape& shape, double x, double y) {
     return false;
 }
 
+using Ground = std::function<Levels(int x, int y)>;
+
+Ground wallpaperGround(const wallpapers::Wallpaper& wallpaper, PixelSize size) {
+    auto rows = std::make_shared<std::vector<std::vector<wallpapers::Light>>>(size.height);
+    for (int y = 0; y < size.height; ++y) {
+        (*rows)[static_cast<std::size_t>(y)].resize(static_cast<std::size_t>(size.width));
+        wallpaper.paintRow(y, (*rows)[static_cast<std::size_t>(y)]);
+    }
+    const auto coded = [](double light) {
+        const double limited = std::clamp(light, 0.0, 1.0);
+        return limited <= 0.0031308 ? 12.92 * limited : 1.055 * std::pow(limited, 1 / 2.4) - 0.055;
+    };
+    return [=](int x, int y) {
+        const wallpapers::Light light = (*rows)[static_cast<std::size_t>(y)][static_cast<std::size_t>(x)];
+        return levelsOf(coded(light.red), coded(light.green), coded(light.blue));
+    };
+}
+
+/// An image that covers the output, its middle on the output's to the pixel.
+Ground imageGround(const Image& image, PixelSize size) {
+    std::array<Grid, 3> planes{Grid(image.size.width, image.size.height), Grid(image.size.width, image.size.height),
+                               Grid(image.size.width, image.size.height)};
+    for (int y = 0; y < image.size.height; ++y)
+        for (int x = 0; x < image.size.width; ++x) {
+            const std::uint8_t* pixel = image.pixels.data() + 4 * (y * image.size.width + x);
+            const Levels levels = levelsOf(pixel[2] / 255.0, pixel[1] / 255.0, pixel[0] / 255.0);
+            for (std::size_t p = 0; p < 3; ++p) planes[p].at(x, y) = levels[p];
+        }
+    const double scale = std::max(1.0 * size.width / image.size.width, 1.0 * size.height / image.size.height);
+    const double left = std::round((size.width - image.size.width * scale) / 2);
+    const double top = std::round((size.height - image.size.height * scale) / 2);
+    const double kernelWidth = std::max(1.0, 1 / scale);
+    return [=](int x, int y) {
+        Levels levels;
+        for (std::size_t p = 0; p < 3; ++p)
+            levels[p] = sample(planes[p], (x + 0.5 - left) / scale - 0.5, (y + 0.5 - top) / scale - 0.5, cubic,
+                               kernelWidth, kernelWidth);
+        return levels;
+    };
+}
+
+/// What lies below a background's figures and grain.
+Ground groundOf(const CompositionInstruction& instruction, const BackgroundArt& art) {
+    const PixelSize size = instruction.outputSize;
+    const auto type = instruction.background ? instruction.background->type : BackgroundType::SolidColor;
+    if (type == BackgroundType::Wallpaper)
+        if (const auto wallpaper = wallpapers::makeWallpaper(instruction.background->wallpaperName, size))
+            return wallpaperGround(*wallpaper, size);
+    if (type == BackgroundType::Image && instruction.backgroundImage)
+        return imageGround(*instruction.backgroundImage, size);
+    return [=, &art](int x, int y) {
+        const Rgb color = art.colorAt((x + 0.5) / size.width, (y + 0.5) / size.height);
+        return levelsOf(color.red, color.green, color.blue);
+    };
+}
+
 /// A layer's colour and opacity at one pixel.
 struct Over {
     Levels color{};
@@ -149,6 +209,102 @@ Over pointerAt(const PointerPlacement& pointer, int x, int y) {
     return {levelsOf(sums[2], sums[1], sums[0]), alpha};
 }
 
+/// A value for each pixel of an output.
+template <class Value, class At>
+std::vector<Value> everywhere(PixelSize size, const At& at) {
+    std::vector<Value> values;
+    for (int y = 0; y < size.height; ++y)
+        for (int x = 0; x < size.width; ++x) values.push_back(at(x, y));
+    return values;
+}
+
+/// SplitMix64, straight from the paper.
+double nextFraction(std::uint64_t& state) {
+    std::uint64_t z = state += 0x9e3779b97f4a7c15;
+    z = (z ^ (z >> 30)) * 0xbf58476d1ce4e5b9;
+    z = (z ^ (z >> 27)) * 0x94d049bb133111eb;
+    return static_cast<double>((z ^ (z >> 31)) >> 11) / 9007199254740992.0;
+}
+
+/// A focus oval's curve as many short lines; its angles run against the clock.
+std::vector<NormalizedPoint> ovalCurve(const FocusOval& oval) {
+    constexpr int kSegments = 72, kSteps = 6;
+    constexpr double kTurn = 2 * std::numbers::pi;
+    std::uint64_t state = oval.seed;
+    double r[5];
+    for (double& fraction : r) fraction = nextFraction(state);
+    std::vector<NormalizedPoint> points;
+    for (int i = 0; i <= kSegments; ++i) {
+        const double angle = kTurn * r[4] + kTurn * i / kSegments;
+        const double k = 1 + (0.05 + 0.03 * r[0]) * std::sin(kTurn * r[2] + 2 * angle) +
+                         (0.02 + 0.02 * r[1]) * std::sin(kTurn * r[3] + 3 * angle);
+        points.push_back({oval.rect.x + oval.rect.width / 2 + oval.rect.width / 2 * std::cos(angle) * k,
+                          oval.rect.y + oval.rect.height / 2 - oval.rect.height / 2 * std::sin(angle) * k});
+    }
+    const auto mix = [](const NormalizedPoint& a, const NormalizedPoint& b, double t) {
+        return NormalizedPoint{std::lerp(a.x, b.x, t), std::lerp(a.y, b.y, t)};
+    };
+    std::vector<NormalizedPoint> curve{mix(points[0], points[1], 0.5)};
+    for (std::size_t i = 1; i < points.size(); ++i) {
+        const NormalizedPoint from = curve.back(), to = mix(points[i], points[(i + 1) % points.size()], 0.5);
+        for (int step = 1; step <= kSteps; ++step) {
+            const double t = static_cast<double>(step) / kSteps;
+            curve.push_back(mix(mix(from, points[i], t), mix(points[i], to, t), t));
+        }
+    }
+    curve.push_back(curve.front());
+    return curve;
+}
+
+double distanceToLine(const NormalizedPoint& a, const NormalizedPoint& b, double x, double y) {
+    const double dx = b.x - a.x, dy = b.y - a.y, length = dx * dx + dy * dy;
+    const double t = length > 0 ? std::clamp(((x - a.x) * dx + (y - a.y) * dy) / length, 0.0, 1.0) : 0;
+    return std::hypot(x - a.x - t * dx, y - a.y - t * dy);
+}
+
+std::vector<Over> ovalLayer(const FramePlan& plan, const FocusOval& oval, PixelSize size) {
+    const auto curve = ovalCurve(oval);
+    return everywhere<Over>(size, [&](int x, int y) -> Over {
+        std::vector<std::size_t> near;
+        for (std::size_t i = 0; i + 1 < curve.size(); ++i)
+            if (distanceToLine(curve[i], curve[i + 1], x + 0.5, y + 0.5) < oval.lineWidth / 2 + 1) near.push_back(i);
+        if (near.empty()) return {};
+        const double covered = share(x, y, 16, [&](double px, double py) {
+            return std::ranges::any_of(near, [&](std::size_t i) {
+                return distanceToLine(curve[i], curve[i + 1], px, py) <= oval.lineWidth / 2;
+            });
+        });
+        return {levelsOf(oval.color.red, oval.color.green, oval.color.blue),
+                covered * oval.color.alpha * roundedShare(plan.stage.frameRect, plan.stage.cornerRadius, x, y)};
+    });
+}
+
+/// Art as it is drawn, laid over as any layer.
+std::vector<Over> artLayer(const Tile& tile, PixelSize size, const std::function<double(int, int)>& clip) {
+    return everywhere<Over>(size, [&](int x, int y) -> Over {
+        if (x < tile.box.x || x >= tile.box.right() || y < tile.box.y || y >= tile.box.bottom()) return {};
+        const Tile::Pixel& pixel = tile.row(y)[x - tile.box.x];
+        const double alpha = pixel.alpha;
+        if (alpha <= 0) return {};
+        return {levelsOf(pixel.red / alpha, pixel.green / alpha, pixel.blue / alpha), alpha * clip(x, y)};
+    });
+}
+
+std::vector<Over> bubbleShadow(const RoundedRectangle& square, PixelSize size) {
+    const double side = square.rect.width, sigma = side * 0.06;
+    Rectangle caster = square.rect;
+    caster.y += side * 0.02;
+    const int margin = static_cast<int>(std::ceil(5 * sigma)) + 2;
+    Grid shadow(size.width + 2 * margin, size.height + 2 * margin);
+    for (int y = 0; y < shadow.height; ++y)
+        for (int x = 0; x < shadow.width; ++x)
+            shadow.at(x, y) = roundedShare(caster, square.radius, x - margin, y - margin) * 0.35;
+    shadow = blurred(shadow, sigma, sigma);
+    return everywhere<Over>(size, [&](int x, int y) -> Over {
+        return {levelsOf(0, 0, 0), shadow.at(x + margin, y + margin)};
+    });
+}
+
 Grid planeOf(const Picture& picture, int plane) {
     const auto from = picture.plane(plane);
     Grid grid(from.width, from.height);
@@ -157,11 +313,12 @@ Grid planeOf(const Picture& picture, int plane) {
     return grid;
 }
 
-/// One plane of the picture, as the output shows it.
+/// One plane of a picture that fills a rectangle of the output.
 class Video {
 public:
-    Video(const FramePlan& plan, const Picture& picture, int plane, int divisor)
-        : m_frame(plan.stage.frameRect),
+    Video(const Rectangle& frame, const std::vector<MaskPlacement>& masks, const Picture& picture, int plane,
+          int divisor)
+        : m_frame(frame),
           m_grid(planeOf(picture, plane)),
           m_sourceStep(plane == 0 ? 1 : 2),
           m_scaleX(m_frame.width / picture.size().width),
@@ -170,7 +327,7 @@ public:
           m_widthY(std::max(1.0, divisor / m_scaleY / m_sourceStep)),
           m_low(16),
           m_high(plane == 0 ? 235 : 240) {
-        for (const MaskPlacement& mask : plan.masks)
+        for (const MaskPlacement& mask : masks)
             m_blurred.push_back(
                 blurred(m_grid, mask.sigma / m_scaleX / m_sourceStep, mask.sigma / m_scaleY / m_sourceStep));
     }
@@ -190,13 +347,17 @@ private:
     std::vector<Grid> m_blurred;
 };
 
-/// A value for each pixel of an output.
-template <class Value, class At>
-std::vector<Value> everywhere(PixelSize size, const At& at) {
-    std::vector<Value> values;
-    for (int y = 0; y < size.height; ++y)
-        for (int x = 0; x < size.width; ++x) values.push_back(at(x, y));
-    return values;
+/// Each word as it is at the moment.
+Tile captionTile(const CaptionPlacement& caption, PixelSize output) {
+    CaptionArt art = captionArt(caption, output);
+    for (const WordArea& area : art.areas) {
+        const PixelBox part = area.box.intersected(art.lit.box);
+        if (caption.words[area.word].isLit) continue;
+        for (int y = part.y; y < part.bottom(); ++y)
+            std::copy_n(art.unlit.row(y) + (part.x - art.lit.box.x), part.width,
+                        art.lit.row(y) + (part.x - art.lit.box.x));
+    }
+    return std::move(art.lit);
 }
 
 /// A pixel that a sample stands for, by its place in a list of all pixels, and its weight.
@@ -216,6 +377,22 @@ std::vector<Part> partsOf(int x, int y, PixelSize size, int divisor) {
         for (int column = -1; column <= 1; ++column)
             parts.push_back({pixel(2 * x + column, 2 * y + row), column == 0 ? 0.25 : 0.125});
     return parts;
+}
+
+void lay(const std::vector<Over>& layer, const std::vector<Part>& parts, std::size_t plane, double& value) {
+    double added = 0, kept = 0;
+    for (const Part& part : parts) {
+        added += part.weight * layer[part.pixel].alpha * layer[part.pixel].color[plane];
+        kept += part.weight * (1 - layer[part.pixel].alpha);
+    }
+    value = added + kept * value;
+}
+
+/// The whole of a picture around a square's middle, as small as covers the square.
+Rectangle covering(const Rectangle& square, PixelSize picture) {
+    const double scale = std::max(square.width / picture.width, square.height / picture.height);
+    const double width = picture.width * scale, height = picture.height * scale;
+    return {square.x + square.width / 2 - width / 2, square.y + square.height / 2 - height / 2, width, height};
 }
 
 double mean(const std::vector<Part>& parts, const std::vector<double>& values) {
@@ -242,20 +419,13 @@ ReferenceCompositor::ReferenceCompositor(const CompositionInstruction& instructi
 std::array<Grid, 3> ReferenceCompositor::makeStage(bool castsShadow) const {
     const int width = m_instruction.outputSize.width, height = m_instruction.outputSize.height;
     const BackgroundArt art(m_instruction.background, m_instruction.outputSize);
-    const FramePlan rest = framePlan(CompositionInstruction{m_instruction.videoNaturalSize,
-                                                            m_instruction.outputSize,
-                                                            m_instruction.padding,
-                                                            m_instruction.cornerRadius,
-                                                            m_instruction.shadowIntensity,
-                                                            {},
-                                                            {},
-                                                            {},
-                                                            {},
-                                                            false,
-                                                            {},
-                                                            {},
-                                                            {}},
-                                     EditTime(0), 0);
+    CompositionInstruction bare;
+    bare.videoNaturalSize = m_instruction.videoNaturalSize;
+    bare.outputSize = m_instruction.outputSize;
+    bare.padding = m_instruction.padding;
+    bare.cornerRadius = m_instruction.cornerRadius;
+    bare.shadowIntensity = m_instruction.shadowIntensity;
+    const FramePlan rest = framePlan(bare, EditTime(0), {});
     // Room around the output, so that a shadow that begins outside comes in.
     const double strength = std::min(m_instruction.shadowIntensity, 1.0);
     const double side = std::min(rest.stage.frameRect.width, rest.stage.frameRect.height);
@@ -271,18 +441,16 @@ std::array<Grid, 3> ReferenceCompositor::makeStage(bool castsShadow) const {
                                   0.5;
         shadow = blurred(shadow, sigma, sigma);
     }
+    const auto ground = groundOf(m_instruction, art);
     std::array<Grid, 3> stage{Grid(width, height), Grid(width, height), Grid(width, height)};
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
-            const Rgb color = art.colorAt((x + 0.5) / width, (y + 0.5) / height);
-            Levels levels = levelsOf(color.red, color.green, color.blue);
+            Levels levels = ground(x, y);
             for (const ArtShape& shape : art.shapes()) {
-                const double fill = shape.fillPosition(x + 0.5, y + 0.5);
+                const ArtShape::Veil veil = shape.veilAt(x + 0.5, y + 0.5);
                 const double alpha = share(x, y, 8, [&](double px, double py) { return isInside(shape, px, py); }) *
-                                     std::lerp(shape.topAlpha, shape.bottomAlpha, fill);
-                const Levels above = levelsOf(std::lerp(shape.top.red, shape.bottom.red, fill),
-                                              std::lerp(shape.top.green, shape.bottom.green, fill),
-                                              std::lerp(shape.top.blue, shape.bottom.blue, fill));
+                                     veil.alpha;
+                const Levels above = levelsOf(veil.color.red, veil.color.green, veil.color.blue);
                 for (std::size_t p = 0; p < 3; ++p) levels[p] = std::lerp(levels[p], above[p], alpha);
             }
             const Levels grain{16 + 219.0 * BlueNoise::tile().rank(x, y) / 4095, 128, 128};
@@ -306,7 +474,7 @@ Levels ReferenceCompositor::stageAt(const FramePlan& plan, int x, int y) const {
     return levels;
 }
 
-std::array<Grid, 3> ReferenceCompositor::compose(const FramePlan& plan, const Picture& source,
+std::array<Grid, 3> ReferenceCompositor::compose(const FramePlan& plan, const ShownFrames& frames,
                                                  Subsampling subsampling) const {
     const PixelSize size = m_instruction.outputSize;
     const auto covered = everywhere<double>(size, [&](int x, int y) {
@@ -323,12 +491,29 @@ std::array<Grid, 3> ReferenceCompositor::compose(const FramePlan& plan, const Pi
         layers.push_back(everywhere<Over>(size, [&](int x, int y) { return ringAt(plan, ring, x, y); }));
     if (plan.pointer)
         layers.push_back(everywhere<Over>(size, [&](int x, int y) { return pointerAt(*plan.pointer, x, y); }));
+    for (const FocusOval& oval : plan.ovals) layers.push_back(ovalLayer(plan, oval, size));
+    for (const TapTapHand& hand : plan.hands)
+        layers.push_back(artLayer(drawn(hand, size), size, [&](int x, int y) {
+            return roundedShare(plan.stage.frameRect, plan.stage.cornerRadius, x, y);
+        }));
+    const bool hasBubble = plan.camera && frames.camera;
+    if (hasBubble) layers.push_back(bubbleShadow(plan.camera->square, size));
+    const auto bubble = everywhere<double>(size, [&](int x, int y) {
+        return hasBubble ? roundedShare(plan.camera->square.rect, plan.camera->square.radius, x, y) : 0;
+    });
+    const Rectangle cameraFrame = hasBubble ? covering(plan.camera->square.rect, frames.camera->picture->size())
+                                            : Rectangle{};
+    const auto caption = plan.caption ? artLayer(captionTile(*plan.caption, size), size, [](int, int) { return 1.0; })
+                                      : std::vector<Over>(covered.size());
 
     std::array<Grid, 3> out{Grid(0, 0), Grid(0, 0), Grid(0, 0)};
     for (int plane = 0; plane < 3; ++plane) {
         const auto p = static_cast<std::size_t>(plane);
         const int divisor = plane > 0 && subsampling == Subsampling::Quarter ? 2 : 1;
-        const Video video(plan, source, plane, divisor);
+        const Video video(plan.stage.frameRect, plan.masks, *frames.recording.picture, plane, divisor);
+        std::optional<Video> camera;
+        if (hasBubble)
+            camera.emplace(cameraFrame, std::vector<MaskPlacement>(), *frames.camera->picture, plane, divisor);
         out[p] = Grid((size.width + divisor - 1) / divisor, (size.height + divisor - 1) / divisor);
         for (int y = 0; y < out[p].height; ++y) {
             for (int x = 0; x < out[p].width; ++x) {
@@ -344,14 +529,13 @@ std::array<Grid, 3> ReferenceCompositor::compose(const FramePlan& plan, const Pi
                             shown = std::lerp(shown, video.at(px, py, static_cast<int>(m)), under);
                     value += share * shown;
                 }
-                for (const std::vector<Over>& layer : layers) {
-                    double added = 0, kept = 0;
-                    for (const Part& part : parts) {
-                        added += part.weight * layer[part.pixel].alpha * layer[part.pixel].color[p];
-                        kept += part.weight * (1 - layer[part.pixel].alpha);
-                    }
-                    value = added + kept * value;
+                for (const std::vector<Over>& layer : layers) lay(layer, parts, p, value);
+                if (const double share = mean(parts, bubble); share > 0) {
+                    const Rectangle& square = plan.camera->square.rect;
+                    const double cx = plan.camera->isMirrored ? 2 * square.x + square.width - px : px;
+                    value = std::lerp(value, camera->at(cx, py, -1), share);
                 }
+                lay(caption, parts, p, value);
                 out[p].at(x, y) = value;
             }
         }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "render/CompositionInstruction.h"
+#include "render/Compositor.h"
 #include "render/FramePlan.h"
 
 namespace morvelin::test {
@@ -29,7 +30,7 @@ public:
     explicit ReferenceCompositor(const CompositionInstruction& instruction);
 
     /// Three planes of levels.
-    [[nodiscard]] std::array<Grid, 3> compose(const FramePlan& plan, const Picture& source,
+    [[nodiscard]] std::array<Grid, 3> compose(const FramePlan& plan, const ShownFrames& frames,
                                               Subsampling subsampling) const;
 
 private:

@@ -4,6 +4,8 @@
 
 #include "CompositorReference.h"
 #include "CompositorScenes.h"
+#include "media/ColorConversion.h"
+#include "render/BackgroundPresets.h"
 #include "render/Compositor.h"
 
 namespace morvelin {
@@ -18,17 +20,20 @@ struct Scene {
     std::string name;
     std::shared_ptr<CompositionInstruction> instruction;
     double time = 1;
+    PixelSize camera{}; ///< empty: none
 };
 
 void expectAgreement(const Scene& scene) {
     const PixelSize size = scene.instruction->videoNaturalSize;
     const auto picture = desktopPicture(size.width > 0 ? size : kVideo, 7);
-    const FramePlan plan = framePlan(*scene.instruction, EditTime(scene.time), 1);
+    ShownFrames frames = shown(picture, 1);
+    if (scene.camera.width > 0) frames.camera = movieFrame(desktopPicture(scene.camera, 9), 5);
+    const FramePlan plan = framePlan(*scene.instruction, EditTime(scene.time), frames.numbers());
     const ReferenceCompositor reference(*scene.instruction);
     for (const Subsampling subsampling : {Subsampling::Quarter, Subsampling::None}) {
         Compositor compositor(scene.instruction, subsampling);
-        const ComposedFrame frame = compositor.compose(plan, movieFrame(picture, 1));
-        const Difference apart = difference(reference.compose(plan, *picture, subsampling), frame.picture);
+        const ComposedFrame frame = compositor.compose(plan, frames);
+        const Difference apart = difference(reference.compose(plan, frames, subsampling), frame.picture);
         const char* kind = subsampling == Subsampling::Quarter ? "4:2:0" : "4:4:4";
         EXPECT_LT(apart.mean, 0.6) << scene.name << ' ' << kind;
         EXPECT_LT(apart.share, 0.0005) << scene.name << ' ' << kind;
@@ -49,6 +54,17 @@ TEST(CompositorReference, Backgrounds) {
         auto fallback = plainInstruction({0, 0}, kOutput);
         fallback->background = Background{type, "", {}, "forest", {}};
         expectAgreement({"fallback", fallback});
+    }
+    for (const std::string_view id : BackgroundPresets::wallpaperIDs()) {
+        auto instruction = plainInstruction({0, 0}, kOutput);
+        instruction->background = Background{BackgroundType::Wallpaper, "", {}, std::string(id), {}};
+        expectAgreement({std::string(id), instruction});
+    }
+    for (const PixelSize size : {PixelSize{90, 200}, {700, 300}}) {
+        auto instruction = plainInstruction({0, 0}, kOutput);
+        instruction->background = Background{BackgroundType::Image, "", {}, "", {}};
+        instruction->backgroundImage = std::make_shared<const Image>(imageOf(*desktopPicture(size, 4)));
+        expectAgreement({"image", instruction});
     }
     auto solid = plainInstruction({0, 0}, kOutput);
     solid->background = Background{BackgroundType::SolidColor, "", {0.2, 0.5, 0.9, 0.6}, "", {}};
@@ -125,6 +141,51 @@ TEST(CompositorReference, RingsAndPointers) {
     }
 }
 
+void annotate(CompositionInstruction& instruction) {
+    instruction.focusKeyframes = {focus({0.2, 0.25, 0.4, 0.3}, 1), focus({0.75, -0.05, 0.3, 0.3}, 2)};
+    instruction.tapTapKeyframes = {tapTap(0.6, 0.5, 0.3), tapTap(0.97, 0.9, 0.25)};
+}
+
+TEST(CompositorReference, OvalsAndHands) {
+    for (const char* kind : {"ovals", "hands"}) {
+        for (const double zoom : {1.0, 2.3}) {
+            for (const double time : {0.08, 0.5, 1.93}) {
+                auto instruction = plainInstruction(kVideo, kOutput);
+                instruction->background = gradientBackground("palette-lagoon");
+                instruction->padding = 0.06;
+                instruction->cornerRadius = 0.04;
+                instruction->denseFrames = view(zoom, 0.4, 0.4);
+                instruction->tapTapStyle = zoom > 1 ? TapTapStyle::Glove : TapTapStyle::Pointer;
+                annotate(*instruction);
+                if (std::string(kind) == "ovals") instruction->tapTapKeyframes.clear();
+                if (std::string(kind) == "hands") instruction->focusKeyframes.clear();
+                expectAgreement({kind + std::to_string(zoom), instruction, time});
+            }
+        }
+    }
+}
+
+TEST(CompositorReference, CameraBubblesAndCaptions) {
+    struct Case {
+        NormalizedRect rect;
+        double radius;
+        bool isMirrored;
+        PixelSize camera;
+    };
+    for (const Case& c : {Case{{0.7, 0.6, 0.25, 0.25}, 0.5, true, {320, 180}},
+                          {{0.02, 0.03, 0.413, 0.4}, 0.2, false, {64, 96}},
+                          {{0.9, 0.9, 0.6, 0.6}, 0, true, {40, 30}}}) {
+        auto instruction = plainInstruction(kVideo, kOutput);
+        instruction->background = gradientBackground("palette-ember");
+        instruction->padding = 0.06;
+        instruction->denseFrames = view(1.4, 0.4, 0.4);
+        instruction->cameraSettings = CameraSettings{c.rect, c.radius, c.isMirrored, {}};
+        instruction->captionCues = {caption("Every layer, one by one", {0.2, 0.6, 1.4, 1.6, 1.8})};
+        instruction->captionSize = 1.5;
+        expectAgreement({"bubble", instruction, 1, c.camera});
+    }
+}
+
 TEST(CompositorReference, EverythingAtRandom) {
     std::mt19937 random(11);
     std::uniform_real_distribution<double> unit(0, 1);
@@ -138,7 +199,10 @@ TEST(CompositorReference, EverythingAtRandom) {
         instruction->maskKeyframes = {mask({unit(random), unit(random), 0.4, 0.3}, 12 * unit(random))};
         instruction->clickPings = {{EditTime(0.8), unit(random), unit(random), MouseButton::Left, 2}};
         instruction->cursorScene = restingPointer(unit(random), unit(random), 0.5 + 2 * unit(random));
-        expectAgreement({"random " + std::to_string(round), instruction});
+        annotate(*instruction);
+        instruction->cameraSettings = CameraSettings{{unit(random), unit(random), 0.3, 0.3}, unit(random), true, {}};
+        instruction->captionCues = {caption("All at once", {0.1, 0.9, 1.7})};
+        expectAgreement({"random " + std::to_string(round), instruction, 1, {160, 120}});
     }
 }
 

@@ -5,9 +5,11 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <sstream>
 
 #include "platform/MovieReader.h"
 #include "render/CompositionInstruction.h"
+#include "render/Compositor.h"
 #include "render/CursorScene.h"
 
 namespace morvelin::test {
@@ -46,6 +48,11 @@ inline std::shared_ptr<Picture> desktopPicture(PixelSize size, std::uint32_t see
 
 inline MovieFrame movieFrame(std::shared_ptr<const Picture> picture, std::int64_t number) {
     return {std::move(picture), number, SourceTime(0), SourceTime(1)};
+}
+
+/// A frame of the recording without a camera.
+inline ShownFrames shown(std::shared_ptr<const Picture> picture, std::int64_t number) {
+    return {movieFrame(std::move(picture), number), std::nullopt};
 }
 
 /// A pointer that follows a track without smoothing: a coloured wedge with soft edges.
@@ -106,6 +113,31 @@ inline Background gradientBackground(std::string id) {
 
 inline MaskKeyframe mask(NormalizedRect rect, double blurRadius, double start = 0, double end = 100) {
     return {UUID{}, EditTime(start), EditTime(end), rect, blurRadius};
+}
+
+/// Annotations that show for two seconds; `number` makes the id, and with it an oval's wobble.
+inline FocusKeyframe focus(NormalizedRect rect, std::uint8_t number) {
+    FocusKeyframe key;
+    key.id.bytes[7] = number;
+    key.endTime = EditTime(2);
+    key.rect = rect;
+    key.fadeOutDuration = Seconds(0.2);
+    return key;
+}
+inline TapTapKeyframe tapTap(double x, double y, double size) {
+    return {UUID{}, EditTime(0), EditTime(2), x, y, size, {}};
+}
+
+/// A cue of two seconds whose words start at those times.
+inline TimelineCue caption(const std::string& text, const std::vector<double>& starts) {
+    TimelineCue cue{UUID{}, EditTime(0), EditTime(2), text, {}};
+    std::istringstream words(text);
+    for (const double start : starts) {
+        TimelineWord word{EditTime(start), EditTime(start + 0.2), "", 1};
+        words >> word.text;
+        cue.words.push_back(word);
+    }
+    return cue;
 }
 
 } // namespace morvelin::test

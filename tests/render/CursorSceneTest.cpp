@@ -52,7 +52,27 @@ TEST(CursorScene, ShowsTheShapeOfTheMoment) {
     EXPECT_FALSE(spriteAt(4, settings)) << "the image is lost";
     EXPECT_FALSE(spriteAt(-1, settings)) << "before the first change";
     EXPECT_FALSE(spriteAt(1, {false, CursorStyle::System, 1.5, 0}));
-    EXPECT_EQ(spriteAt(1, {true, CursorStyle::Amber, 1.5, 0.5}), spriteAt(1, {true, CursorStyle::System, 1.5, 0.5}));
+}
+
+TEST(CursorScene, AStyleReplacesTheArrowAlone) {
+    const CursorSettings amber{true, CursorStyle::Amber, 1.5, 0};
+    const auto artwork = CursorArtwork::of(CursorStyle::Amber);
+    const auto shapes = library();
+    const CursorScene scene = CursorScene::make(kEvents, shapes, amber);
+    const auto arrow = scene.sprite(SourceTime(1));
+    ASSERT_TRUE(arrow);
+    EXPECT_EQ(*arrow->image, artwork->image());
+    EXPECT_EQ(arrow->hotSpot, artwork->hotSpot);
+    EXPECT_NEAR(arrow->height, 36.0 / 540, 1e-12);
+    EXPECT_NEAR(arrow->width * 960 / (arrow->height * 540),
+                static_cast<double>(arrow->image->size.width) / arrow->image->size.height, 1e-9);
+    EXPECT_EQ(scene.sprite(SourceTime(1))->image, arrow->image) << "drawn once";
+
+    const CursorScene recorded = CursorScene::make(kEvents, shapes, {true, CursorStyle::System, 1.5, 0});
+    EXPECT_EQ(scene.sprite(SourceTime(3)), recorded.sprite(SourceTime(3))) << "a text cursor stays";
+    EXPECT_FALSE(scene.sprite(SourceTime(2))) << "no known shape";
+    const CursorScene lost(shapes, CursorPath::make(kEvents, 0, {960, 540}), amber, nullptr);
+    EXPECT_EQ(lost.sprite(SourceTime(1)), recorded.sprite(SourceTime(1))) << "no artwork";
 }
 
 } // namespace

@@ -12,7 +12,9 @@ protected:
         const EditPayload& edit = project.versions[0].edit;
         const MovieProperties movie = open(project.recordingURL)->properties();
         return {FragmentCompositionBuilder::build(movie, edit.fragments).value(),
-                makeInstruction({edit, project.cursorEvents, nullptr, movie.size, kTestSize}), kRecordingRate};
+                makeInstruction(
+                    {edit, project.cursorEvents, nullptr, movie.size, kTestSize, FilmStyle::OfProject, {}, nullptr}),
+                kRecordingRate};
     }
 
     /// The pictures of one part, rendered by a reader and a compositor of its own.
@@ -24,7 +26,7 @@ protected:
             pictures.push_back(copyOf(frame.picture));
             return {};
         };
-        EXPECT_TRUE(renderPart(wanted, part, *reader, compositor, keep, {}));
+        EXPECT_TRUE(renderPart(wanted, part, {*reader, nullptr, {}}, compositor, keep, {}));
         return pictures;
     }
 
@@ -63,7 +65,7 @@ TEST_F(ExportPartsTest, AStillStretchTellsTheEncoderThatNothingChanged) {
         if (!frame.changed.empty()) changes.push_back(number);
         return {};
     };
-    ASSERT_TRUE(renderPart(wanted, {0, wanted.frameCount()}, *reader, compositor, note, {}));
+    ASSERT_TRUE(renderPart(wanted, {0, wanted.frameCount()}, {*reader, nullptr, {}}, compositor, note, {}));
     EXPECT_THAT(changes, testing::ElementsAre(0, 30));
 }
 
@@ -78,7 +80,7 @@ TEST_F(ExportPartsTest, AnErrorOfTheSinkEndsTheRendering) {
         if (number == 7) return failure(ExportError{ExportError::Kind::DiskFull, {}, {}});
         return {};
     };
-    const auto rendered = renderPart(wanted, {0, 30}, *reader, compositor, refuse, {});
+    const auto rendered = renderPart(wanted, {0, 30}, {*reader, nullptr, {}}, compositor, refuse, {});
     ASSERT_FALSE(rendered);
     EXPECT_EQ(rendered.error().kind, ExportError::Kind::DiskFull);
     EXPECT_EQ(last, 7);

@@ -14,7 +14,7 @@ using namespace test;
 
 constexpr PixelSize kFullHD{1920, 1080};
 
-FramePlan planAt(const CompositionInstruction& instruction, double t) { return framePlan(instruction, EditTime(t), 4); }
+FramePlan planAt(const CompositionInstruction& instruction, double t) { return framePlan(instruction, EditTime(t), {4}); }
 
 TEST(FramePlan, RingsOpenFastAndFadeOut) {
     auto instruction = plainInstruction(kFullHD, kFullHD);
@@ -143,7 +143,7 @@ TEST(FramePlan, EqualPlansAreTheSameFrame) {
         {EditTime(0), 1, 0.5, 0.5}, {EditTime(1), 1.75, 0.3, 0.3}, {EditTime(5), 1.75, 0.3, 0.3}};
     EXPECT_EQ(planAt(*instruction, 2.3), planAt(*instruction, 3.1)) << "a plateau";
     EXPECT_NE(planAt(*instruction, 0.5), planAt(*instruction, 0.51)) << "a ramp";
-    EXPECT_NE(framePlan(*instruction, EditTime(3), 1), framePlan(*instruction, EditTime(3), 2));
+    EXPECT_NE(framePlan(*instruction, EditTime(3), {1}), framePlan(*instruction, EditTime(3), {2}));
 }
 
 } // namespace

@@ -163,8 +163,8 @@ TEST(Scaling, APanInASlowRampIsSmooth) {
     Compositor compositor(instruction, Subsampling::Quarter);
     for (int frame = 0; frame < 150; ++frame) {
         const DenseZoomFrame camera = sampleDenseFrames(instruction->denseFrames, EditTime(frame / 10.0));
-        const FramePlan plan = framePlan(*instruction, camera.time, 0);
-        const NormalizedPoint found = dotNear(compositor.compose(plan, movieFrame(picture, 0)).picture,
+        const FramePlan plan = framePlan(*instruction, camera.time, {0});
+        const NormalizedPoint found = dotNear(compositor.compose(plan, shown(picture, 0)).picture,
                                               plan.stage.outputPoint(200.0 / 640, 120.0 / 360));
         // Where it must be by the camera's unrounded curve.
         const double zoom = std::max(1.0, camera.zoom);

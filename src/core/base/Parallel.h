@@ -9,6 +9,9 @@
 
 namespace morvelin {
 
+/// How many processors this process may run on, which can be fewer than the machine has.
+[[nodiscard]] std::size_t processorCount();
+
 /// Calls `work(i)` for each i below `count`, from several threads at once where that pays, and returns when all is done.
 /// `work` must not throw.
 template <class Work>
@@ -21,8 +24,7 @@ void inParallel(std::size_t count, Work&& work) {
     };
     const std::size_t blocks = (count + kBlock - 1) / kBlock;
     std::vector<std::jthread> helpers;
-    for (std::size_t i = 1; i < std::min<std::size_t>(blocks, std::thread::hardware_concurrency()); ++i)
-        helpers.emplace_back(run);
+    for (std::size_t i = 1; i < std::min(blocks, processorCount()); ++i) helpers.emplace_back(run);
     run();
 }
 
