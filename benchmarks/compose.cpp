@@ -1,6 +1,7 @@
 // Composing frames alone, one thread, decoding not counted: the rival is a copy of one 4:2:0 frame of the same size.
 // On the recording of a project given as argument. One line a case: medians over the frames of one run.
 
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -9,6 +10,7 @@
 #include <filesystem>
 #include <functional>
 #include <numbers>
+#include <thread>
 
 #include <fmt/format.h>
 
@@ -101,6 +103,25 @@ Distribution composing(const Scene& scene) {
     return distribution(times);
 }
 
+double wallSeconds(const std::function<void()>& work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+/// How many times as fast two threads compose two films as one thread does.
+double scalingOfTwoThreads(const Scene& scene) {
+    const double alone = wallSeconds([&] {
+        composing(scene);
+        composing(scene);
+    });
+    const double together = wallSeconds([&] {
+        const std::jthread first([&] { composing(scene); });
+        const std::jthread second([&] { composing(scene); });
+    });
+    return alone / together;
+}
+
 /// A camera that holds still at a zoom.
 std::vector<DenseZoomFrame> still(double zoom) { return {{EditTime(0), zoom, 0.4, 0.45}}; }
 
@@ -179,4 +200,6 @@ int main(int count, char** arguments) {
     report("plateau at 1.75, moving pointer, busy screen", {instruction(still(1.75), circle), running, busyFrameAt}, 4);
     report("ramp between 1 and 1.75", {instruction(restless(1, 1.75), circle), running, busyFrameAt}, 15);
     report("ramp between 1.75 and 3", {instruction(restless(1.75, 3), circle), running, busyFrameAt}, 15);
+    fmt::print("two threads compose {:.2f} times as fast as one (goal 1.8)\n",
+               scalingOfTwoThreads({instruction(restless(1, 1.75), circle), running, busyFrameAt}));
 }

@@ -95,7 +95,7 @@ private:
     SystemClock m_clock;
     SimulatedEventLoop m_loop;
     FFmpegMovieReaderFactory m_movies;
-    FFmpegImageProbe m_images{m_movies};
+    FFmpegImageProbe m_images;
 
     class NoTrash final : public Trash {
         Result<std::optional<fs::path>, std::string> moveToTrash(const fs::path&) override {

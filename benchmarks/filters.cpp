@@ -1,7 +1,7 @@
 // The whole picture against FFmpeg's own filters doing the simplest like of it: scale, round corners by a mask and
-// overlay on a still background, and `zoompan`. On a desktop recording, which is still most of the time, and on
-// full-screen motion. Composing alone is what the filters add to a bare decode, in processor time; with decoding and the
-// same encoder it is time on the clock. Last, the memory of an export of a 4K recording.
+// overlay on a still background, and `zoompan` where the camera moves. On a desktop recording, which is still most of
+// the time, and on full-screen motion. Composing alone is what the filters add to a bare decode, in processor time; with
+// decoding and the same encoder it is time on the clock. First, the memory of an export of a 4K recording.
 //
 //   bench-filters PROJECT.morvelin
 
@@ -22,8 +22,7 @@
 #include "media/FFmpegMovieWriter.h"
 #include "render/ExportEngine.h"
 #include "render/Film.h"
-#include "render/FilmInstruction.h"
-#include "render/FilmRenderer.h"
+#include "render/ProjectFilm.h"
 
 using namespace morvelin;
 using bench::Cost;
@@ -37,14 +36,14 @@ constexpr int kRuns = 3;
 /// Where the desktop recording is busy: typing and scrolling.
 constexpr double kBusyStart = 12;
 
-enum class Camera { Still, Restless };
+enum class Motion { Still, Restless };
 
 /// A stretch of a recording, as both sides render it.
 struct Case {
     std::string name;
     fs::path recording;
     double start = 0;
-    Camera camera = Camera::Still;
+    Motion camera = Motion::Still;
 };
 
 /// In and out again, without a rest.
@@ -63,7 +62,7 @@ ProjectBundle::Contents projectOf(const Case& wanted, IdSource& ids) {
     EditPayload& edit = project.versions[0].edit;
     edit.duration = Seconds(kLength);
     edit.fragments = {{ids.next(), SourceTime(wanted.start), SourceTime(wanted.start + kLength), 1, 0, std::nullopt}};
-    if (wanted.camera == Camera::Restless) edit.zoomKeyframes = restless(ids);
+    if (wanted.camera == Motion::Restless) edit.zoomKeyframes = restless(ids);
     return project;
 }
 
@@ -80,17 +79,16 @@ public:
 
     /// Processor seconds of composing alone, over all frames.
     double composing(const Case& wanted) {
-        const auto reader = must(m_readers.open(wanted.recording));
         const ProjectBundle::Contents project = projectOf(wanted, m_ids);
-        const EditPayload& edit = project.currentVersion().edit;
-        const PixelSize size = reader->properties().size;
-        const Film film{must(FragmentCompositionBuilder::build(reader->properties(), edit.fragments)),
-                        makeInstruction({edit, {}, nullptr, size, size, FilmStyle::OfProject}), 60};
+        const Log log = [](std::string_view) {};
+        const FilmMovies movies = must(FilmMovies::open(project, m_readers, log));
+        const PixelSize size = movies.recording->properties().size;
+        const Film film = must(makeFilm(project, movies, {.size = size, .frameRate = 60}, log));
         Compositor compositor(film.instruction, Subsampling::Quarter);
         double spent = 0;
         for (std::int64_t i = 0; i < film.frameCount(); ++i) {
             const EditTime t = film.frameTime(i);
-            const ShownFrames frames{must(reader->frameAt(film.composition.pictureTime(t))), {}};
+            const ShownFrames frames = must(framesAt(film, movies, t));
             spent += threadSeconds(
                 [&] { compositor.compose(framePlan(*film.instruction, t, frames.numbers()), frames); });
         }
@@ -151,14 +149,14 @@ private:
                            wanted.start, kLength, wanted.recording.string(), graph, kLength, output);
     }
 
-    [[nodiscard]] std::string graph(Camera camera) const {
-        if (camera == Camera::Restless)
-            return "[0:v]fps=60,zoompan=z='1.375-0.375*cos(2*PI*on/240)':x='iw/2-iw/zoom/2':y='ih/2-ih/zoom/2':d=1:"
-                   "s=1920x1080:fps=60[out]";
-        return fmt::format("movie='{}',format=yuv420p,loop=-1:1[bg];movie='{}',format=gray,loop=-1:1[mask];"
-                           "[0:v]fps=60,scale=1728:972[small];[small][mask]alphamerge[round];"
-                           "[bg][round]overlay=96:54:shortest=1[out]",
-                           (m_folder / "background.png").string(), (m_folder / "mask.png").string());
+    [[nodiscard]] std::string graph(Motion camera) const {
+        const std::string stage = fmt::format(
+            "movie='{}',format=yuv420p,loop=-1:1[bg];movie='{}',format=gray,loop=-1:1[mask];"
+            "[0:v]fps=60,scale=1728:972[small];[small][mask]alphamerge[round];[bg][round]overlay=96:54:shortest=1",
+            (m_folder / "background.png").string(), (m_folder / "mask.png").string());
+        if (camera == Motion::Still) return stage + "[out]";
+        return stage + ",zoompan=z='1.375-0.375*cos(2*PI*on/240)':x='iw/2-iw/zoom/2':y='ih/2-ih/zoom/2':d=1:"
+                       "s=1920x1080:fps=60[out]";
     }
 
     fs::path m_folder;
@@ -207,17 +205,16 @@ int main(int count, char** arguments) {
     // First of all, while this process is still small: a child begins with its parent's memory.
     const fs::path large = motion(place.path, "3840x2160", kLength);
     fmt::print("an export of 4K motion holds {:.0f} MiB (goal 600)\n",
-               exportMemory(place.path, {"4K", large, 0, Camera::Restless}));
+               exportMemory(place.path, {"4K", large, 0, Motion::Restless}));
 
     const fs::path desktop = fs::path(arguments[1]) / "recording.mov";
     const fs::path moving = motion(place.path, "1920x1080", kLength);
     Exporter ours(place.path);
     const Filters filters(place.path);
     const VideoSettings settings = mp4Settings({1920, 1080}, 60, VideoQuality::High);
-    for (const Case& wanted : {Case{"desktop, plateau", desktop, kBusyStart, Camera::Still},
-                               {"desktop, restless camera", desktop, kBusyStart, Camera::Restless},
-                               {"motion, plateau", moving, 0, Camera::Still},
-                               {"motion, restless camera", moving, 0, Camera::Restless}}) {
+    for (const Case& wanted : {Case{"desktop, plateau", desktop, kBusyStart, Motion::Still},
+                               {"desktop, restless camera", desktop, kBusyStart, Motion::Restless},
+                               {"motion, restless camera", moving, 0, Motion::Restless}}) {
         report(wanted.name + ": composing alone", ours.composing(wanted), filters.composing(wanted), 0.25);
         const double mine = medianWall([&] { ours.exportTo(place.path / "ours.mp4", wanted); });
         const double rival = medianWall([&] { filters.exportTo(place.path / "theirs.mp4", wanted, settings); });

@@ -14,7 +14,9 @@ using namespace test;
 
 constexpr PixelSize kFullHD{1920, 1080};
 
-FramePlan planAt(const CompositionInstruction& instruction, double t) { return framePlan(instruction, EditTime(t), {4}); }
+FramePlan planAt(const CompositionInstruction& instruction, double t) {
+    return framePlan(instruction, EditTime(t), {4});
+}
 
 TEST(FramePlan, RingsOpenFastAndFadeOut) {
     auto instruction = plainInstruction(kFullHD, kFullHD);
