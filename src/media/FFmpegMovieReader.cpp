@@ -21,6 +21,7 @@ extern "C" {
 #include <libavutil/display.h>
 }
 
+#include "media/CutOffMovie.h"
 #include "media/FFmpegHandles.h"
 #include "media/FrameConversion.h"
 #include "media/MovieIndex.h"
@@ -171,20 +172,23 @@ MovieReaderError openError(const std::string& name, int code) {
 }
 
 /// What FFmpeg's opening gave, and its code.
-std::pair<InputHandle, int> openedWith(const std::filesystem::path& path, int flags) {
+std::pair<InputHandle, int> openedAs(const std::string& url) {
     AVFormatContext* context = avformat_alloc_context();
     if (context == nullptr) throw std::bad_alloc();
-    context->flags |= AVFMT_FLAG_DISCARD_CORRUPT | flags; // a frame whose end is missing is no frame
-    context->fps_probe_size = 0;                          // the index tells the rate
-    // The prefix keeps a colon in the path from being read as a protocol.
-    const int code = avformat_open_input(&context, ("file:" + path.string()).c_str(), nullptr, nullptr);
+    context->flags |= AVFMT_FLAG_DISCARD_CORRUPT; // a frame whose end is missing is no frame
+    context->fps_probe_size = 0;                  // the index tells the rate
+    const int code = avformat_open_input(&context, url.c_str(), nullptr, nullptr);
     return {InputHandle(context), code};
 }
 
 Result<InputHandle, MovieReaderError> openInput(const std::filesystem::path& path, const std::string& name) {
-    auto [input, code] = openedWith(path, 0);
-    // One that was cut off inside a fragment's header opens only when the demuxer looks no further than it must.
-    if (isCutOff(code)) std::tie(input, code) = openedWith(path, AVFMT_FLAG_IGNIDX);
+    // The prefix keeps a colon in the path from being read as a protocol.
+    const std::string url = "file:" + path.string();
+    auto [input, code] = openedAs(url);
+    // One that ends inside a fragment's header is refused whole: it is read up to there.
+    if (isCutOff(code))
+        if (const auto end = startOfCutOffFragment(path))
+            std::tie(input, code) = openedAs(fmt::format("subfile,,start,0,end,{},,:{}", *end, url));
     if (code < 0) return failure(openError(name, code));
     if (const int found = avformat_find_stream_info(input.get(), nullptr); found < 0)
         return failure(openError(name, found));
