@@ -27,15 +27,22 @@ template <class Error>
 
 class CommandTable {
 public:
-    /// A tool that may wait in between. It is given the arguments to keep.
-    using Command = std::function<Task<ToolOutcome>(JSONValue arguments)>;
-    /// A tool that ends within the call.
+    /// What the table runs. It is given the arguments to keep.
+    using Command = std::function<Task<MCPToolResult>(JSONValue arguments)>;
+    /// A tool that gives facts and may wait in between.
+    using Waiting = std::function<Task<ToolOutcome>(JSONValue arguments)>;
+    /// A tool that gives facts within the call.
     using Immediate = std::function<ToolOutcome(const ArgumentReader&)>;
 
     void add(std::string tool, Immediate run) {
-        addWaiting(std::move(tool), [run = std::move(run)](JSONValue arguments) { return runAtOnce(run, arguments); });
+        addCommand(std::move(tool), [run = std::move(run)](JSONValue arguments) { return runAtOnce(run, arguments); });
     }
-    void addWaiting(std::string tool, Command run) { m_commands.emplace(std::move(tool), std::move(run)); }
+    void addWaiting(std::string tool, Waiting run) {
+        addCommand(std::move(tool),
+                   [run = std::move(run)](JSONValue arguments) { return awaited(run, std::move(arguments)); });
+    }
+    /// A tool with an answer of its own form, such as a picture.
+    void addCommand(std::string tool, Command run) { m_commands.emplace(std::move(tool), std::move(run)); }
 
     /// Null for a name that no family took. The table outlives every call.
     [[nodiscard]] const Command* find(const std::string& tool) const {
@@ -44,8 +51,15 @@ public:
     }
 
 private:
-    static Task<ToolOutcome> runAtOnce(const Immediate& run, JSONValue arguments) {
-        co_return run(ArgumentReader(arguments));
+    static MCPToolResult resultOf(ToolOutcome outcome) {
+        return outcome ? MCPToolResult::success(std::move(*outcome))
+                       : MCPToolResult::failed(std::move(outcome).error());
+    }
+    static Task<MCPToolResult> runAtOnce(const Immediate& run, JSONValue arguments) {
+        co_return resultOf(run(ArgumentReader(arguments)));
+    }
+    static Task<MCPToolResult> awaited(const Waiting& run, JSONValue arguments) {
+        co_return resultOf(co_await run(std::move(arguments)));
     }
 
     std::unordered_map<std::string, Command> m_commands;

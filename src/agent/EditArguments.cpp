@@ -25,6 +25,16 @@ Result<std::optional<double>, std::string> rangedNumber(const ArgumentReader& ar
     return std::optional(std::clamp(*value, low, high));
 }
 
+std::optional<double> fractionArgument(const ArgumentReader& arguments, const char* name) {
+    const auto value = arguments.number(name);
+    return value ? std::optional(std::clamp(*value, 0.0, 1.0)) : std::nullopt;
+}
+
+std::optional<bool> givenFlag(const ArgumentReader& arguments, const char* name) {
+    const bool value = arguments.flag(name, false);
+    return value == arguments.flag(name, true) ? std::optional(value) : std::nullopt;
+}
+
 Result<std::optional<ZoomTransitionType>, std::string> curveArgument(const ArgumentReader& arguments) {
     const auto word = arguments.text("curve");
     if (!word) return std::optional<ZoomTransitionType>();
@@ -34,11 +44,11 @@ Result<std::optional<ZoomTransitionType>, std::string> curveArgument(const Argum
 }
 
 Result<std::optional<NormalizedPoint>, std::string> focalPoint(const ArgumentReader& arguments) {
-    const auto x = arguments.number("x");
-    const auto y = arguments.number("y");
+    const auto x = fractionArgument(arguments, "x");
+    const auto y = fractionArgument(arguments, "y");
     if (!x && !y) return std::optional<NormalizedPoint>();
     if (!x || !y) return invalidArgument("x/y", "a focal point needs both x and y");
-    return std::optional(NormalizedPoint{std::clamp(*x, 0.0, 1.0), std::clamp(*y, 0.0, 1.0)});
+    return std::optional(NormalizedPoint{*x, *y});
 }
 
 std::optional<NormalizedRect> rectArgument(const ArgumentReader& arguments) {

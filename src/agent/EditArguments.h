@@ -16,6 +16,12 @@ namespace morvelin {
 Result<std::optional<double>, std::string> rangedNumber(const ArgumentReader& arguments, const char* name, double low,
                                                         double high);
 
+/// A number moved into 0..1, or nothing where it isn't given.
+[[nodiscard]] std::optional<double> fractionArgument(const ArgumentReader& arguments, const char* name);
+
+/// A truth value, or nothing where none is given.
+[[nodiscard]] std::optional<bool> givenFlag(const ArgumentReader& arguments, const char* name);
+
 /// `smooth` or `linear`; nothing where it isn't given.
 Result<std::optional<ZoomTransitionType>, std::string> curveArgument(const ArgumentReader& arguments);
 

@@ -45,13 +45,16 @@ ToolOutcome MCPProjectEditor::apply(const EditTool& tool, const ArgumentReader& 
                           false,
                           {}};
     ToolOutcome outcome = tool(project, arguments);
-    if (!outcome) return outcome;
-    if (project.edit == before && !project.isTranscriptChanged) return outcome;
+    const auto undoes = std::move(project.undoes);
+    const auto takeBack = [&undoes] {
+        for (const auto& undo : undoes | std::views::reverse) undo();
+    };
+    if (!outcome) takeBack();
+    if (!outcome || (project.edit == before && !project.isTranscriptChanged)) return outcome;
     project.edit.positionKeyframes = refitPositionKeys(std::move(project.edit.positionKeyframes),
                                                        project.edit.zoomKeyframes, project.edit.padding);
-    const auto undoes = std::move(project.undoes);
     if (save(std::move(project))) return outcome;
-    for (const auto& undo : undoes | std::views::reverse) undo();
+    takeBack();
     return failure(std::string("The change could not be saved: the project’s folder can’t be written to."));
 }
 

@@ -26,7 +26,7 @@ struct EditedProject {
     bool isCursorDrawn = false;
     const ProjectBundle::Services& services;
     bool isTranscriptChanged = false;
-    /// Takes back what the tool wrote beside the edit; run in reverse order when the edit can't be saved.
+    /// Takes back what the tool wrote beside the edit; run in reverse order when it fails or the edit can't be saved.
     std::vector<std::function<void()>> undoes;
 };
 

@@ -11,6 +11,12 @@ constexpr const char* kJSONType = "application/json";
 
 std::string compact(const JSONValue& value) { return writeJSON(value, JSONStyle::Compact); }
 
+/// An id is nearly always a small number: getting the encoder ready costs many times as much as writing it.
+std::string idText(const JSONValue& id) {
+    if (id.is_number_unsigned()) return std::to_string(id.get<std::uint64_t>());
+    return compact(id);
+}
+
 std::string imageContent(std::string_view png) {
     return R"({"type":"image","data":")" + base64(png) + R"(","mimeType":"image/png"},)";
 }
@@ -18,7 +24,7 @@ std::string imageContent(std::string_view png) {
 } // namespace
 
 std::string resultReply(const JSONValue& id, std::string_view result) {
-    std::string line = R"({"jsonrpc":"2.0","id":)" + compact(id);
+    std::string line = R"({"jsonrpc":"2.0","id":)" + idText(id);
     line.reserve(line.size() + result.size() + 16);
     line.append(R"(,"result":)").append(result).append("}\n");
     return line;

@@ -106,7 +106,7 @@ std::string MCPSession::readResource(const Request& request) {
     const auto uri = textMember(request.params, "uri");
     if (!uri) return errorReply(request.id, JSONRPCError::InvalidParams, "resources/read requires a uri.");
     const auto content = m_router.readResource(*uri);
-    if (!content) return errorReply(request.id, JSONRPCError::InvalidParams, content.error().description());
+    if (!content) return errorReply(request.id, JSONRPCError::InvalidParams, content.error());
     return resultReply(request.id, resourceReadResult(*uri, *content));
 }
 

@@ -26,24 +26,24 @@ MorvelinCommandRouter::MorvelinCommandRouter(Services services)
       m_editTools({m_services.folders,
                    {m_services.bundles, m_services.loop, m_services.liveEditors},
                    m_services.images,
-                   m_services.movies}) {
+                   m_services.movies}),
+      m_frameTools({m_services.folders, m_snapshots, m_services.loop, m_services.movies, m_services.bundles.log}) {
     m_readingTools.addTo(m_commands);
     m_versionTools.addTo(m_commands);
     m_editTools.addTo(m_commands);
+    m_frameTools.addTo(m_commands);
     RecordingTools().addTo(m_commands);
 }
 
 Task<MCPToolResult> MorvelinCommandRouter::call(std::string tool, JSONValue arguments, std::string) {
     const auto* command = m_commands.find(tool);
     if (command == nullptr) co_return MCPToolResult::failed(refusalOf(tool));
-    ToolOutcome outcome = co_await (*command)(std::move(arguments));
-    if (!outcome) co_return MCPToolResult::failed(std::move(outcome).error());
-    co_return MCPToolResult::success(std::move(*outcome));
+    co_return co_await (*command)(std::move(arguments));
 }
 
 std::vector<MCPResource> MorvelinCommandRouter::resources() { return projectResources(m_services.folders.projects); }
 
-Result<JSONValue, MCPToolError> MorvelinCommandRouter::readResource(const std::string& uri) {
+Result<JSONValue, std::string> MorvelinCommandRouter::readResource(const std::string& uri) {
     return readProjectResource(uri, m_services.folders.projects, m_snapshots);
 }
 

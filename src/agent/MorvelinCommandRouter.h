@@ -6,6 +6,7 @@
 #include "agent/AgentFolders.h"
 #include "agent/CommandTable.h"
 #include "agent/EditTools.h"
+#include "agent/FrameTools.h"
 #include "agent/ProjectSnapshot.h"
 #include "agent/ReadingTools.h"
 #include "agent/ToolRouter.h"
@@ -34,7 +35,7 @@ public:
 
     [[nodiscard]] Task<MCPToolResult> call(std::string tool, JSONValue arguments, std::string clientName) override;
     [[nodiscard]] std::vector<MCPResource> resources() override;
-    [[nodiscard]] Result<JSONValue, MCPToolError> readResource(const std::string& uri) override;
+    [[nodiscard]] Result<JSONValue, std::string> readResource(const std::string& uri) override;
 
 private:
     Services m_services;
@@ -42,6 +43,7 @@ private:
     ReadingTools m_readingTools;
     VersionTools m_versionTools;
     EditTools m_editTools;
+    FrameTools m_frameTools;
     CommandTable m_commands;
 };
 

@@ -26,17 +26,12 @@ JSONValue recordOf(const EditPayload& edit, const UUID& id) {
     return describePositions(edit, [&](const PositionKeyframe& key) { return key.id == id; }).at(0);
 }
 
-std::optional<double> fraction(const ArgumentReader& arguments, const char* name) {
-    const auto value = arguments.number(name);
-    return value ? std::optional(std::clamp(*value, 0.0, 1.0)) : std::nullopt;
-}
-
 } // namespace
 
 ToolOutcome add(EditedProject& project, const ArgumentReader& arguments) {
     const auto at = arguments.number("at");
-    const auto x = fraction(arguments, "x");
-    const auto y = fraction(arguments, "y");
+    const auto x = fractionArgument(arguments, "x");
+    const auto y = fractionArgument(arguments, "y");
     if (!at || !x || !y) return invalidArgument("at/x/y", "expected a time and a point");
     const Seconds duration = FragmentMap(project.edit.fragments).duration();
     auto added = PositionKeyEdits::addKey(project.edit.positionKeyframes, EditTime(*at), {*x, *y}, EditTime(duration),
@@ -51,8 +46,8 @@ ToolOutcome update(EditedProject& project, const ArgumentReader& arguments) {
     if (!id) return failure(id.error());
     PositionKeyEdits::KeyChange change;
     if (const auto time = arguments.number("time")) change.time = EditTime(*time);
-    change.x = fraction(arguments, "x");
-    change.y = fraction(arguments, "y");
+    change.x = fractionArgument(arguments, "x");
+    change.y = fractionArgument(arguments, "y");
     const Seconds duration = FragmentMap(project.edit.fragments).duration();
     auto updated = PositionKeyEdits::updateKey(project.edit.positionKeyframes, *id, change, EditTime(duration));
     if (!updated) return failure(worded(updated.error(), *id, duration));

@@ -1,6 +1,7 @@
 #include "agent/ProjectArgument.h"
 
 #include "core/base/Text.h"
+#include "storage/BundleFiles.h"
 
 namespace morvelin {
 
@@ -26,9 +27,14 @@ Result<fs::path, MCPToolError> resolveProject(const ArgumentReader& arguments, c
 
 Result<fs::path, MCPToolError> resolveNamedProject(const ArgumentReader& arguments, const AgentFolders& folders) {
     const std::string wanted = trimmed(arguments.text(kProject).value_or(""));
-    if (!wanted.empty()) return found(wanted, folders);
-    return failure(MCPToolError(MCPToolError::InvalidArgument{
-        kProject, "expected the project's path or name. This tool never falls back to the most recent project"}));
+    if (wanted.empty())
+        return failure(MCPToolError(MCPToolError::InvalidArgument{
+            kProject, "expected the project's path or name. This tool never falls back to the most recent project"}));
+    auto bundle = found(wanted, folders);
+    std::error_code error;
+    if (bundle && !(ProjectBundle::hasBundleExtension(bundle->filename().native()) && fs::is_directory(*bundle, error)))
+        return failure(MCPToolError(MCPToolError::ProjectNotFound{wanted}));
+    return bundle;
 }
 
 } // namespace morvelin

@@ -14,7 +14,8 @@ namespace morvelin {
 Result<std::filesystem::path, MCPToolError> resolveProject(const ArgumentReader& arguments,
                                                            const AgentFolders& folders);
 
-/// The same for a tool that must never fall back to another project than the one it was given.
+/// The same for a tool that takes a project away: it never falls back to another one than it was given, and nothing but
+/// a folder with a project's extension will do.
 Result<std::filesystem::path, MCPToolError> resolveNamedProject(const ArgumentReader& arguments,
                                                                 const AgentFolders& folders);
 

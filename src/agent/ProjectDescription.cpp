@@ -57,15 +57,15 @@ JSONValue listed(const Track& track, const std::optional<Window>& window) {
     return list;
 }
 
-std::vector<Track> tracksOf(const ProjectSnapshot& project, const FragmentMap& fragments) {
-    const EditPayload& edit = project.edit();
+std::vector<Track> tracksOf(const ProjectSnapshot& snapshot, const FragmentMap& fragments) {
+    const Project& project = snapshot.project;
     std::vector<Track> tracks{
         {"fragments", describeFragments(fragments)},
-        {"click_landmarks", describeClicks(clickPings(project.presses, fragments))},
-        {"zooms", describeZooms(edit), Neighbours::Kept},
-        {"positions", describePositions(edit), Neighbours::Kept},
-        {"annotations", describeAnnotations(edit)},
-        {"narration", project.transcript ? describeNarration(*project.transcript, fragments) : DescribedTrack{}}};
+        {"click_landmarks", describeClicks(clickPings(snapshot.presses, fragments))},
+        {"zooms", describeZooms(project), Neighbours::Kept},
+        {"positions", describePositions(project), Neighbours::Kept},
+        {"annotations", describeAnnotations(project)},
+        {"narration", snapshot.transcript ? describeNarration(*snapshot.transcript, fragments) : DescribedTrack{}}};
     return tracks;
 }
 
@@ -76,14 +76,15 @@ Result<std::optional<Window>, std::string> windowOf(DescriptionSpan span, Second
     return std::optional(window);
 }
 
-JSONValue describeWindow(const Window& window, const EditPayload& edit, const std::vector<Track>& tracks) {
-    const Seconds duration = FragmentMap(edit.fragments).duration();
-    const NormalizedPoint center = PositionTrack(cameraPositionKeys(edit, duration)).positionAt(window.from);
+JSONValue describeWindow(const Window& window, const Project& project, const std::vector<Track>& tracks) {
+    const auto positions = cameraPositionKeys(project.positionKeyframes, project.zoomKeyframes, project.padding,
+                                              FragmentMap(project.fragments).duration());
+    const NormalizedPoint center = PositionTrack(positions).positionAt(window.from);
     JSONValue totals = JSONValue::object();
     for (const Track& track : tracks) totals[track.name] = track.moments.size();
     return {{"from", roundedTo3Decimals(window.from)},
             {"until", roundedTo3Decimals(window.until)},
-            {"zoom_at_from", roundedTo3Decimals(ZoomTrack(edit.zoomKeyframes).zoomAt(window.from))},
+            {"zoom_at_from", roundedTo3Decimals(ZoomTrack(project.zoomKeyframes).zoomAt(window.from))},
             {"framed_at_from", {{"x", roundedTo3Decimals(center.x)}, {"y", roundedTo3Decimals(center.y)}}},
             {"totals", std::move(totals)}};
 }
@@ -102,38 +103,40 @@ JSONValue describeTranscript(const std::optional<FounderSourceTranscript>& trans
     return record;
 }
 
-JSONValue describeIdentity(const ProjectSnapshot& project, EditorState editor, const FragmentMap& fragments) {
+JSONValue describeIdentity(const ProjectSnapshot& snapshot, EditorState editor, const FragmentMap& fragments) {
+    const Project& project = snapshot.project;
     return {{"name", project.bundleURL.stem().string()},
             {"path", project.bundleURL.string()},
-            {"version", project.currentVersion().name},
+            {"version", snapshot.contents.currentVersion().name},
             {"duration", roundedTo3Decimals(fragments.duration())},
             {"original_duration", roundedTo3Decimals(project.originalDuration)},
-            {"clicks", project.presses.size()},
+            {"clicks", snapshot.presses.size()},
             {"open_in_editor", editor == EditorState::Open},
-            {"has_camera", project.hasCamera}};
+            {"has_camera", project.cameraURL.has_value()}};
 }
 
 } // namespace
 
-Result<JSONValue, std::string> describeProject(const ProjectSnapshot& project, DescriptionSpan span,
+Result<JSONValue, std::string> describeProject(const ProjectSnapshot& snapshot, DescriptionSpan span,
                                                EditorState editor) {
-    const EditPayload& edit = project.edit();
-    const FragmentMap fragments(edit.fragments);
+    const Project& project = snapshot.project;
+    const FragmentMap fragments(project.fragments);
     const auto window = windowOf(span, fragments.duration());
     if (!window) return failure(window.error());
 
-    JSONValue description = describeIdentity(project, editor, fragments);
-    const std::vector<Track> tracks = tracksOf(project, fragments);
+    JSONValue description = describeIdentity(snapshot, editor, fragments);
+    const std::vector<Track> tracks = tracksOf(snapshot, fragments);
     for (const Track& track : tracks) description[track.name] = listed(track, *window);
-    description["auto_timeline"] = describeAutoTimeline(edit.editing.value_or(EditingSettings()));
-    description["transcript"] = describeTranscript(project.transcript);
-    description["narration_takes"] = describeTakes(project.narration, edit);
-    description["audio_tracks"] = describeAudioTracks(edit, project.narration);
-    description["style"] = describeStyle(edit, project.isCursorDrawn ? CursorOrigin::Drawn : CursorOrigin::Recorded);
-    if (project.hasCamera) description["camera"] = describeCamera(edit);
-    description["versions"] = describeVersions(project.versions, project.currentVersionID);
+    description["auto_timeline"] = describeAutoTimeline(project.editing);
+    description["transcript"] = describeTranscript(snapshot.transcript);
+    description["narration_takes"] = describeTakes(snapshot.narration, project);
+    description["audio_tracks"] = describeAudioTracks(project, snapshot.narration);
+    description["style"] = describeStyle(project,
+                                         snapshot.isCursorDrawn ? CursorOrigin::Drawn : CursorOrigin::Recorded);
+    if (project.cameraURL) description["camera"] = describeCamera(project);
+    description["versions"] = describeVersions(snapshot.contents.versions, snapshot.contents.currentVersionID);
     description["backgrounds"] = BackgroundPresets::names();
-    if (*window) description["window"] = describeWindow(**window, edit, tracks);
+    if (*window) description["window"] = describeWindow(**window, project, tracks);
     return description;
 }
 

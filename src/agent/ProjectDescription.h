@@ -19,7 +19,7 @@ struct DescriptionSpan {
 enum class EditorState { Closed, Open };
 
 /// Fails with one sentence when the span's start doesn't lie before its end.
-Result<JSONValue, std::string> describeProject(const ProjectSnapshot& project, DescriptionSpan span,
+Result<JSONValue, std::string> describeProject(const ProjectSnapshot& snapshot, DescriptionSpan span,
                                                EditorState editor);
 
 /// `id`, `name`, `current` and `locked` of each version, in order.

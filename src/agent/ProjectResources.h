@@ -13,7 +13,8 @@ namespace morvelin {
 /// The fixed resource first, then one for each project, the one that changed last first.
 [[nodiscard]] std::vector<MCPResource> projectResources(const ProjectsFolder& library);
 
-Result<JSONValue, MCPToolError> readProjectResource(const std::string& uri, const ProjectsFolder& library,
-                                                    ProjectSnapshots& snapshots);
+/// Fails with one sentence.
+Result<JSONValue, std::string> readProjectResource(const std::string& uri, const ProjectsFolder& library,
+                                                   ProjectSnapshots& snapshots);
 
 } // namespace morvelin

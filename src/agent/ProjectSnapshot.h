@@ -7,30 +7,23 @@
 #include <optional>
 #include <vector>
 
-#include "core/CursorEvent.h"
-#include "core/ProjectVersion.h"
+#include "core/Project.h"
 #include "core/Transcript.h"
 #include "core/base/Result.h"
 #include "narration/NarrationLibrary.h"
+#include "storage/FileState.h"
 #include "storage/ProjectBundle.h"
 
 namespace morvelin {
 
 /// One project as it stood on disk.
 struct ProjectSnapshot {
-    std::filesystem::path bundleURL;
-    Seconds originalDuration;
-    Date createdAt;
-    std::vector<ProjectVersion> versions; ///< the edit of all but the current one is left out
-    UUID currentVersionID;
+    Project project;
+    ProjectBundle::Contents contents; ///< the edit of all versions but the current one is left out
     std::vector<CursorEvent> presses; ///< of the pointer's track, in its order
     std::optional<FounderSourceTranscript> transcript;
     NarrationLibrary narration;
-    bool hasCamera = false;
     bool isCursorDrawn = false; ///< the pointer isn't part of the recorded picture
-
-    [[nodiscard]] const ProjectVersion& currentVersion() const;
-    [[nodiscard]] const EditPayload& edit() const { return currentVersion().edit; }
 };
 
 /// Keeps the snapshot of a few projects. A snapshot is used as long as every file that it was made from has the same
@@ -43,24 +36,12 @@ public:
         const std::filesystem::path& bundleURL);
 
 private:
-    /// What tells one state of a file from another.
-    struct FileState {
-        std::filesystem::path file;
-        bool exists = false;
-        unsigned long long device = 0;
-        unsigned long long inode = 0;
-        long long size = 0;
-        long long changedNanoseconds = 0;
-
-        bool operator==(const FileState&) const = default;
-    };
     struct Kept {
         std::vector<FileState> files;
         std::shared_ptr<const ProjectSnapshot> snapshot;
         unsigned long long lastUse = 0;
     };
 
-    static FileState stateOf(const std::filesystem::path& file);
     static std::vector<FileState> statesOf(const std::filesystem::path& bundleURL);
     void forgetOldest();
 

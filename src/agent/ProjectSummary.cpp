@@ -3,6 +3,7 @@
 #include "core/base/Parallel.h"
 #include "core/base/Rounding.h"
 #include "storage/BundleFiles.h"
+#include "storage/HeaderText.h"
 
 namespace morvelin {
 
@@ -18,24 +19,30 @@ void describe(Fields& fields, Same<Fields, SummaryHeader>& header) {
     fields.required("originalDuration", header.originalDuration);
 }
 
-std::optional<JSONValue> projectSummary(const ProjectsFolder::Entry& entry) {
-    JSONValue summary{{"name", entry.bundleURL.stem().string()},
-                      {"path", entry.bundleURL.string()},
-                      {"modified", entry.modified.text()}};
-    const auto header = ProjectBundle::readRecord<SummaryHeader>(entry.bundleURL / ProjectBundle::kCaptureFile);
-    if (header) {
+namespace {
+
+/// Nothing when the bundle has gone since it was listed.
+std::optional<JSONValue> summaryOf(const ProjectsFolder::Entry& entry, const ProjectsFolder& library) {
+    if (!entry.header && !ProjectBundle::isPresent(library.bundleURL(entry))) return std::nullopt;
+
+    JSONValue summary = JSONValue::object();
+    summary["name"] = entry.name();
+    summary["path"] = library.path().native() + '/' + entry.bundleName;
+    summary["modified"] = entry.modified.text();
+    if (!entry.header) return summary;
+    if (const auto header = ProjectBundle::decodeHeader<SummaryHeader>(*entry.header)) {
         summary["duration"] = roundedTo3Decimals(header->originalDuration);
         summary["created"] = header->createdAt.text();
-    } else if (!ProjectBundle::isPresent(entry.bundleURL)) {
-        return std::nullopt;
     }
     return summary;
 }
 
+} // namespace
+
 JSONValue projectSummaries(const ProjectsFolder& library, std::size_t limit) {
-    const std::vector<ProjectsFolder::Entry> entries = library.byModification();
+    const std::vector<ProjectsFolder::Entry> entries = library.byModification(limit);
     std::vector<std::optional<JSONValue>> read(std::min(limit, entries.size()));
-    inParallel(read.size(), [&](std::size_t i) { read[i] = projectSummary(entries[i]); });
+    inParallel(read.size(), [&](std::size_t i) { read[i] = summaryOf(entries[i], library); });
     JSONValue summaries = JSONValue::array();
     for (std::optional<JSONValue>& summary : read)
         if (summary) summaries.push_back(std::move(*summary));

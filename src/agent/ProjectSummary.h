@@ -6,11 +6,8 @@
 
 namespace morvelin {
 
-/// `name`, `path` and `modified`; also `duration` (seconds) and `created` where the project's header can be read.
-/// Nothing when the bundle is gone.
-[[nodiscard]] std::optional<JSONValue> projectSummary(const ProjectsFolder::Entry& entry);
-
-/// The first `limit` projects, the one that changed last first.
+/// The first `limit` projects, the one that changed last first: `name`, `path` and `modified` of each, and `duration`
+/// (seconds) and `created` where its header can be read.
 [[nodiscard]] JSONValue projectSummaries(const ProjectsFolder& library, std::size_t limit);
 
 } // namespace morvelin

@@ -31,7 +31,6 @@ void ReplyWriter::send(std::string bytes) {
     m_waitingBytes += bytes.size();
     m_replies.push_back({std::move(bytes)});
     if (m_replies.size() > 1) return; // the thread writes the first, and this one in its turn
-    m_deadline = Clock::now() + m_patience;
     write();
     if (!m_replies.empty()) handOver();
 }
@@ -49,13 +48,16 @@ void ReplyWriter::write() {
         const ssize_t count = ::send(m_socket, first.bytes.data() + first.written, first.bytes.size() - first.written,
                                      MSG_DONTWAIT | MSG_NOSIGNAL);
         if (count < 0 && errno == EINTR) continue;
-        if (count < 0 && errno == EAGAIN) break;
+        if (count < 0 && errno == EAGAIN) {
+            if (!m_deadline) m_deadline = Clock::now() + m_patience;
+            break;
+        }
         if (count < 0) return fail();
         first.written += static_cast<std::size_t>(count);
         if (first.written < first.bytes.size()) continue;
         m_waitingBytes -= first.bytes.size();
         m_replies.pop_front();
-        m_deadline = Clock::now() + m_patience;
+        m_deadline.reset();
     }
     if (m_owesRelief && m_waitingBytes < kFullBytes) {
         m_owesRelief = false;
@@ -83,7 +85,7 @@ void ReplyWriter::run() {
     (void)::pthread_setname_np(::pthread_self(), fmt::format("mcp.conn.{}", m_socket).substr(0, 15).c_str());
     while (wait()) {
         const std::lock_guard lock(m_mutex);
-        if (m_state == State::Open && !m_replies.empty() && Clock::now() >= m_deadline) fail();
+        if (m_state == State::Open && m_deadline && Clock::now() >= *m_deadline) fail();
         write();
     }
 }
@@ -95,8 +97,8 @@ bool ReplyWriter::wait() {
     {
         const std::lock_guard lock(m_mutex);
         if (m_state != State::Open) return false;
-        if (!m_replies.empty()) {
-            const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_deadline - Clock::now());
+        if (m_deadline) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(*m_deadline - Clock::now());
             socket = m_socket;
             timeout = static_cast<int>(std::max<std::int64_t>(left.count(), 0));
         }

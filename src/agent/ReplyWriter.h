@@ -65,8 +65,8 @@ private:
     std::deque<Reply> m_replies;
     std::size_t m_waitingBytes = 0;
     bool m_owesRelief = false;
-    Clock::time_point m_deadline;   ///< of the first reply
-    std::optional<WakeUp> m_wakeUp; ///< made with the thread
+    std::optional<Clock::time_point> m_deadline; ///< of the first reply, once the socket has not taken it whole
+    std::optional<WakeUp> m_wakeUp;              ///< made with the thread
 
     std::jthread m_thread; ///< last, so that it has ended before anything above goes
 };

@@ -39,12 +39,6 @@ std::string summary(std::string_view text) {
 
 // ------------------------------------------------------------------------------------------------ the table
 
-/// The arguments whose text is the name of a file.
-bool namesFile(std::string_view argument) {
-    constexpr auto kFileArguments = std::to_array<std::string_view>({"project", "path", "background_image"});
-    return std::ranges::find(kFileArguments, argument) != kFileArguments.end();
-}
-
 std::vector<Candidate> valuesOf(const std::string& argument, const JSONValue& schema) {
     if (namesFile(argument)) return {kFiles};
     if (schema.at("type") == "boolean") return {{"true", ""}, {"false", ""}};

@@ -1,6 +1,7 @@
 #include "agent/SoundDescriptions.h"
 
 #include <algorithm>
+#include <span>
 
 #include "core/base/Rounding.h"
 #include "narration/AudioTracks.h"
@@ -9,14 +10,20 @@ namespace morvelin {
 
 namespace {
 
+/// None only before a version is applied.
+std::span<const AudioTrackRef> tracksOf(const Project& project) {
+    return project.audioTracks ? std::span<const AudioTrackRef>(*project.audioTracks)
+                               : std::span<const AudioTrackRef>();
+}
+
 /// Ticked and on a track of the version.
-bool isHeard(const NarrationTake& take, const AudioTrackList& tracks) {
+bool isHeard(const NarrationTake& take, std::span<const AudioTrackRef> tracks) {
     return std::ranges::any_of(tracks, [&](const AudioTrackRef& track) {
         return track.isEnabled && track.takeID && *track.takeID == take.id();
     });
 }
 
-JSONValue describeTake(const NarrationTake& take, const EditPayload& edit, const AudioTrackList& tracks) {
+JSONValue describeTake(const NarrationTake& take, const Project& project) {
     const auto source = take.source.value_or(NarrationTake::Source::Microphone);
     JSONValue record{{"id", take.id().text()},
                      {"take", take.number.value_or(1)},
@@ -25,9 +32,9 @@ JSONValue describeTake(const NarrationTake& take, const EditPayload& edit, const
                      {"start", roundedTo3Decimals(take.start())},
                      {"end", roundedTo3Decimals(take.end())},
                      {"duration", roundedTo3Decimals(take.duration)},
-                     {"heard", isHeard(take, tracks)},
+                     {"heard", isHeard(take, tracksOf(project))},
                      {"has_word_timings", take.words && !take.words->empty()},
-                     {"edit_changed_since", take.isOutdatedFor(edit.fragments)}};
+                     {"edit_changed_since", take.isOutdatedFor(project.fragments)}};
     const auto addIfSet = [&record](const char* name, const std::optional<std::string>& text) {
         if (text) record[name] = *text;
     };
@@ -48,23 +55,17 @@ JSONValue describePieces(const std::vector<NarrationPiece>& pieces) {
     return list;
 }
 
-AudioTrackList tracksOf(const EditPayload& edit) {
-    if (edit.audioTracks) return ensuringRecording(*edit.audioTracks);
-    return tracksFromOlderFields({edit.narrationTakeID, edit.narrationTakeIDs, edit.narrationArrangements});
-}
-
 } // namespace
 
-JSONValue describeTakes(const NarrationLibrary& library, const EditPayload& edit) {
-    const AudioTrackList tracks = tracksOf(edit);
+JSONValue describeTakes(const NarrationLibrary& library, const Project& project) {
     JSONValue list = JSONValue::array();
-    for (const NarrationTake& take : library.liveTakes()) list.push_back(describeTake(take, edit, tracks));
+    for (const NarrationTake& take : library.liveTakes()) list.push_back(describeTake(take, project));
     return list;
 }
 
-JSONValue describeAudioTracks(const EditPayload& edit, const NarrationLibrary& library) {
+JSONValue describeAudioTracks(const Project& project, const NarrationLibrary& library) {
     JSONValue list = JSONValue::array();
-    for (const AudioTrackRef& track : tracksOf(edit)) {
+    for (const AudioTrackRef& track : tracksOf(project)) {
         JSONValue record{{"id", track.id.text()}, {"ticked", track.isEnabled}};
         if (!track.takeID) {
             record["track"] = "original";

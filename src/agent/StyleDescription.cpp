@@ -6,8 +6,8 @@
 
 #include <fmt/format.h>
 
-#include "core/base/PercentEncoding.h"
 #include "core/base/Rounding.h"
+#include "storage/BackgroundImage.h"
 
 namespace morvelin {
 
@@ -19,33 +19,45 @@ std::string hexadecimal(const CodableColor& color) {
     return fmt::format("#{:02X}{:02X}{:02X}", byteOf(color.red), byteOf(color.green), byteOf(color.blue));
 }
 
-JSONValue describeBackground(const Background& background) {
+JSONValue describeBackground(const Background& background, const std::filesystem::path& bundleURL) {
     switch (background.type) {
     case BackgroundType::Gradient: return {{"type", "gradient"}, {"name", background.gradientPresetID}};
     case BackgroundType::Wallpaper: return {{"type", "wallpaper"}, {"name", background.wallpaperName}};
     case BackgroundType::SolidColor: return {{"type", "color"}, {"color", hexadecimal(background.solidColor)}};
     case BackgroundType::Image:
-        return {{"type", "image"}, {"path", pathOfFileURL(background.imageURL.value_or("")).string()}};
+        return {{"type", "image"},
+                {"path", backgroundImagePath(bundleURL, background).value_or(std::filesystem::path()).string()}};
     }
     std::unreachable();
 }
 
+Project projectWith(const EditPayload& edit, const std::filesystem::path& bundleURL) {
+    Project project;
+    project.bundleURL = bundleURL;
+    project.apply(edit);
+    return project;
+}
+
 } // namespace
 
-JSONValue describeStyle(const EditPayload& edit, CursorOrigin cursorOrigin) {
-    JSONValue style{{"background", describeBackground(edit.background)},
-                    {"padding", roundedTo3Decimals(edit.padding)},
-                    {"corner_radius", roundedTo3Decimals(edit.cornerRadius)},
-                    {"shadow", roundedTo3Decimals(edit.shadowIntensity)},
-                    {"captions", edit.captionsEnabled},
-                    {"caption_size", roundedTo3Decimals(edit.captionSize)},
-                    {"click_animations", edit.clickAnimationsEnabled},
-                    {"camera", edit.cameraEnabled},
-                    {"tap_tap_style", std::string(json::rawValue(edit.tapTapStyle.value_or(TapTapStyle::Pointer)))},
-                    {"tap_tap_size", roundedTo3Decimals(edit.tapTapScale.value_or(1))},
+JSONValue describeStyle(const EditPayload& edit, CursorOrigin cursorOrigin, const std::filesystem::path& bundleURL) {
+    return describeStyle(projectWith(edit, bundleURL), cursorOrigin);
+}
+
+JSONValue describeStyle(const Project& project, CursorOrigin cursorOrigin) {
+    JSONValue style{{"background", describeBackground(project.background, project.bundleURL)},
+                    {"padding", roundedTo3Decimals(project.padding)},
+                    {"corner_radius", roundedTo3Decimals(project.cornerRadius)},
+                    {"shadow", roundedTo3Decimals(project.shadowIntensity)},
+                    {"captions", project.captionsEnabled},
+                    {"caption_size", roundedTo3Decimals(project.captionSize)},
+                    {"click_animations", project.clickAnimationsEnabled},
+                    {"camera", project.cameraEnabled},
+                    {"tap_tap_style", std::string(json::rawValue(project.tapTapStyle))},
+                    {"tap_tap_size", roundedTo3Decimals(project.tapTapScale)},
                     {"cursor_drawn", cursorOrigin == CursorOrigin::Drawn}};
     if (cursorOrigin == CursorOrigin::Drawn) {
-        const CursorSettings cursor = edit.cursor.value_or(CursorSettings());
+        const CursorSettings& cursor = project.cursor;
         style["cursor"] = cursor.isVisible;
         style["cursor_style"] = std::string(json::rawValue(cursor.style));
         style["cursor_size"] = roundedTo3Decimals(cursor.size);
@@ -54,14 +66,16 @@ JSONValue describeStyle(const EditPayload& edit, CursorOrigin cursorOrigin) {
     return style;
 }
 
-JSONValue describeCamera(const EditPayload& edit) {
-    JSONValue camera{{"visible", edit.cameraEnabled}};
-    if (edit.camera) {
-        camera["x"] = roundedTo3Decimals(edit.camera->rect.x);
-        camera["y"] = roundedTo3Decimals(edit.camera->rect.y);
-        camera["size"] = roundedTo3Decimals(edit.camera->rect.width);
-        camera["corner_radius"] = roundedTo3Decimals(edit.camera->cornerRadius);
-        camera["mirrored"] = edit.camera->isMirrored;
+JSONValue describeCamera(const EditPayload& edit) { return describeCamera(projectWith(edit, {})); }
+
+JSONValue describeCamera(const Project& project) {
+    JSONValue camera{{"visible", project.cameraEnabled}};
+    if (project.camera) {
+        camera["x"] = roundedTo3Decimals(project.camera->rect.x);
+        camera["y"] = roundedTo3Decimals(project.camera->rect.y);
+        camera["size"] = roundedTo3Decimals(project.camera->rect.width);
+        camera["corner_radius"] = roundedTo3Decimals(project.camera->cornerRadius);
+        camera["mirrored"] = project.camera->isMirrored;
     }
     return camera;
 }

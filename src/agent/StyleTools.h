@@ -18,7 +18,7 @@ public:
     [[nodiscard]] ToolOutcome setCamera(EditedProject& project, const ArgumentReader& arguments) const;
 
 private:
-    Result<void, std::string> takeBackgroundImage(EditedProject& project, const std::string& path) const;
+    Result<void, std::string> takeBackgroundImage(EditedProject& project, const std::filesystem::path& path) const;
     [[nodiscard]] double aspectRatio(const std::filesystem::path& bundleURL) const;
 
     const ImageFileProbe& m_images;

@@ -162,4 +162,16 @@ Result<JSONValue, std::string> toolArguments(const MCPTool& tool, const std::vec
     return arguments;
 }
 
+JSONValue withPathsFrom(const std::filesystem::path& here, JSONValue arguments) {
+    for (const auto& [name, value] : arguments.items()) {
+        if (!namesFile(name) || !value.is_string()) continue;
+        const std::string path = value.get<std::string>();
+        if (path.empty() || path.starts_with('/') || path.starts_with('~')) continue;
+        std::error_code error;
+        const bool isName = name == "project" && !path.contains('/') && !std::filesystem::exists(here / path, error);
+        if (!isName) value = (here / path).string();
+    }
+    return arguments;
+}
+
 } // namespace morvelin

@@ -1,6 +1,7 @@
 #include "agent/ToolCatalogue.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 
 #include "agent/ToolTable.h"
@@ -28,6 +29,11 @@ const std::vector<MCPTool>& toolCatalogue() {
 const MCPTool* findTool(std::string_view name) {
     const auto found = std::ranges::find(toolCatalogue(), name, &MCPTool::name);
     return found == toolCatalogue().end() ? nullptr : &*found;
+}
+
+bool namesFile(std::string_view argument) {
+    constexpr auto kFileArguments = std::to_array<std::string_view>({"project", "path", "background_image"});
+    return std::ranges::find(kFileArguments, argument) != kFileArguments.end();
 }
 
 } // namespace morvelin

@@ -21,4 +21,7 @@ struct MCPTool {
 /// The tool of that name, or null.
 [[nodiscard]] const MCPTool* findTool(std::string_view name);
 
+/// Whether an argument of that name, of whatever tool, names a file or folder.
+[[nodiscard]] bool namesFile(std::string_view argument);
+
 } // namespace morvelin

@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "agent/MCPToolError.h"
 #include "agent/MCPToolResult.h"
 #include "core/base/JSON.h"
 #include "core/base/Result.h"
@@ -31,7 +30,8 @@ public:
 
     /// The fixed resource first, then one for each project.
     [[nodiscard]] virtual std::vector<MCPResource> resources() = 0;
-    [[nodiscard]] virtual Result<JSONValue, MCPToolError> readResource(const std::string& uri) = 0;
+    /// Fails with one sentence.
+    [[nodiscard]] virtual Result<JSONValue, std::string> readResource(const std::string& uri) = 0;
 };
 
 } // namespace morvelin

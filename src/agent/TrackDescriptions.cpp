@@ -104,10 +104,10 @@ DescribedTrack describeClicks(const std::vector<ClickPing>& clicks) {
     return track;
 }
 
-DescribedTrack describeZooms(const EditPayload& edit) {
-    std::vector<ZoomKeyframe> zooms = edit.zoomKeyframes;
+DescribedTrack describeZooms(const Project& project) {
+    std::vector<ZoomKeyframe> zooms = project.zoomKeyframes;
     std::ranges::stable_sort(zooms, {}, &ZoomKeyframe::startTime);
-    const auto aim = aims(edit.positionKeyframes);
+    const auto aim = aims(project.positionKeyframes);
     DescribedTrack track;
     for (const ZoomKeyframe& zoom : zooms) {
         const auto found = aim.find(zoom.id);
@@ -124,9 +124,10 @@ JSONValue describeZoom(const EditPayload& edit, const UUID& id) {
     return zoomRecord(*zoom, found != aim.end() ? found->second : nullptr);
 }
 
-DescribedTrack describePositions(const EditPayload& edit) {
+DescribedTrack describePositions(const Project& project) {
     DescribedTrack track;
-    for (const PositionKeyframe& key : refitPositionKeys(edit.positionKeyframes, edit.zoomKeyframes, edit.padding))
+    for (const PositionKeyframe& key :
+         refitPositionKeys(project.positionKeyframes, project.zoomKeyframes, project.padding))
         if (!key.isEphemeral) track.push_back({key.time, key.time, positionRecord(key)});
     return track;
 }
@@ -162,14 +163,14 @@ JSONValue describeAnnotation(const TapTapKeyframe& tapTap) {
     return record;
 }
 
-DescribedTrack describeAnnotations(const EditPayload& edit) {
+DescribedTrack describeAnnotations(const Project& project) {
     DescribedTrack track;
     const auto add = [&track](const auto& keys) {
         for (const auto& key : keys) track.push_back({key.startTime, key.endTime, describeAnnotation(key)});
     };
-    add(edit.focusKeyframes);
-    add(edit.maskKeyframes);
-    add(edit.tapTapKeyframes);
+    add(project.focusKeyframes);
+    add(project.maskKeyframes);
+    add(project.tapTapKeyframes);
     std::ranges::stable_sort(track, {}, &DescribedMoment::start);
     return track;
 }

@@ -7,6 +7,7 @@
 
 #include "core/CursorEvent.h"
 #include "core/Keyframes.h"
+#include "core/Project.h"
 #include "core/ProjectVersion.h"
 #include "core/Transcript.h"
 #include "core/base/JSON.h"
@@ -27,17 +28,17 @@ using DescribedTrack = std::vector<DescribedMoment>;
 [[nodiscard]] DescribedTrack describeClicks(const std::vector<ClickPing>& clicks);
 
 /// A ramp and the level it holds up to the next one. Its focal point is that of the first key it owns.
-[[nodiscard]] DescribedTrack describeZooms(const EditPayload& edit);
+[[nodiscard]] DescribedTrack describeZooms(const Project& project);
 /// The record of one ramp, which has to be there.
 [[nodiscard]] JSONValue describeZoom(const EditPayload& edit, const UUID& id);
 
 /// Each stored key, and the centre that the frame ends up at.
-[[nodiscard]] DescribedTrack describePositions(const EditPayload& edit);
+[[nodiscard]] DescribedTrack describePositions(const Project& project);
 /// The records of the keys that a filter lets through.
 [[nodiscard]] JSONValue describePositions(const EditPayload& edit,
                                           const std::function<bool(const PositionKeyframe&)>& isWanted);
 
-[[nodiscard]] DescribedTrack describeAnnotations(const EditPayload& edit);
+[[nodiscard]] DescribedTrack describeAnnotations(const Project& project);
 [[nodiscard]] JSONValue describeAnnotation(const FocusKeyframe& focus);
 [[nodiscard]] JSONValue describeAnnotation(const MaskKeyframe& mask);
 [[nodiscard]] JSONValue describeAnnotation(const TapTapKeyframe& tapTap);

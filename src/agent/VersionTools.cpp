@@ -99,8 +99,9 @@ ToolOutcome VersionTools::listVersions(const ArgumentReader& arguments) const {
     if (!bundle) return refusal(bundle.error());
     const auto snapshot = m_services.snapshots.read(*bundle);
     if (!snapshot) return refusal(snapshot.error());
-    if ((*snapshot)->versions.empty()) return refusal(HeadlessEditError(HeadlessEditError::NoVersions{}));
-    return JSONValue{{"versions", describeVersions((*snapshot)->versions, (*snapshot)->currentVersionID)}};
+    const ProjectBundle::Contents& project = (*snapshot)->contents;
+    if (project.versions.empty()) return refusal(HeadlessEditError(HeadlessEditError::NoVersions{}));
+    return JSONValue{{"versions", describeVersions(project.versions, project.currentVersionID)}};
 }
 
 ToolOutcome VersionTools::createVersion(ProjectVersionStore& store, const ArgumentReader& arguments) const {
@@ -158,8 +159,9 @@ Task<ToolOutcome> VersionTools::duplicateProject(JSONValue arguments) {
     const auto lock = co_await ProjectLock::wait(m_services.loop, *bundle);
     if (!lock) co_return refusal(lock.error());
     const std::string name = reader.text("name").value_or("");
+    const std::stop_token stop = m_stop.get_token();
     const auto copy = co_await onWorker(m_services.loop,
-                                        [&] { return ProjectBundle::duplicateProject(*bundle, name); });
+                                        [&] { return ProjectBundle::duplicateProject(*bundle, name, stop); });
     if (!copy) co_return refusal(copy.error());
     co_return describeCopy(*copy);
 }

@@ -1,6 +1,8 @@
 // The tools that manage a project's versions, and projects as a whole, on the files.
 #pragma once
 
+#include <stop_token>
+
 #include "agent/AgentFolders.h"
 #include "agent/CommandTable.h"
 #include "agent/ProjectSnapshot.h"
@@ -22,6 +24,10 @@ public:
     };
 
     explicit VersionTools(Services services) : m_services(std::move(services)) {}
+    VersionTools(const VersionTools&) = delete;
+    VersionTools& operator=(const VersionTools&) = delete;
+    /// A copy under way ends: the program is not to wait for gigabytes.
+    ~VersionTools() { m_stop.request_stop(); }
 
     void addTo(CommandTable& commands);
 
@@ -43,6 +49,7 @@ private:
     ToolOutcome openProject(const ArgumentReader& arguments) const;
 
     Services m_services;
+    std::stop_source m_stop;
 };
 
 } // namespace morvelin

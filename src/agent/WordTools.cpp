@@ -48,27 +48,12 @@ auto noTranscript() { return invalidArgument("project", "this project has no tra
 
 } // namespace
 
-/// What a version's sound is made of.
-struct WordTools::Sound {
-    NarrationLibrary library;
-    AudioTrackList tracks;
-    bool recordingHasSound = false;
-    fs::path bundle;
-    std::vector<VideoFragment> fragments;
-
-    [[nodiscard]] AudioStack::Edit edit() const {
-        return {fragments, library.takes, bundle,
-                recordingHasSound ? AudioStack::RecordingSound::Audible : AudioStack::RecordingSound::Silent};
-    }
-    [[nodiscard]] std::vector<AudioStack::Layer> layers() const { return AudioStack::layers(tracks, edit()); }
-};
-
-WordTools::Sound WordTools::soundOf(const EditedProject& project) const {
-    const EditPayload& edit = project.edit;
+VersionSound WordTools::soundOf(const EditedProject& project) const {
     const auto movie = m_movies.open(project.bundleURL / ProjectBundle::kRecordingFile);
-    return {NarrationLibrary::load(project.bundleURL, project.services.log),
-            ensuringRecording(edit.audioTracks.value_or(AudioTrackList())), movie && (*movie)->properties().hasAudio,
-            project.bundleURL, edit.fragments};
+    const bool isAudible = movie && (*movie)->properties().hasAudio;
+    return VersionSound::read(project.bundleURL, project.edit,
+                              isAudible ? AudioStack::RecordingSound::Audible : AudioStack::RecordingSound::Silent,
+                              project.services.log);
 }
 
 ToolOutcome WordTools::narrate(EditedProject& project, const ArgumentReader& arguments) const {
@@ -100,7 +85,7 @@ ToolOutcome WordTools::clearNarration(EditedProject& project, const ArgumentRead
     const fs::path file = project.bundleURL / ProjectBundle::kTranscriptFile;
     const auto transcript = ProjectBundle::readTranscript(project.bundleURL);
     if (!transcript) return JSONValue{{"cleared", false}, {"note", WrittenNarration::kNothingToClearNote}};
-    const Sound sound = soundOf(project);
+    const VersionSound sound = soundOf(project);
     project.edit.captions = WrittenNarration::captionsWithout(*transcript, project.edit.captions, sound.layers(),
                                                               project.edit.fragments, makerOf(project));
     rememberFile(project, file);
@@ -115,7 +100,7 @@ ToolOutcome WordTools::editTranscript(EditedProject& project, const ArgumentRead
     if (!before) return noTranscript();
     const auto after = corrected(*before, *text);
     if (!after) return invalidArgument("text", "that leaves no words; use clear_narration to remove the transcript");
-    const Sound sound = soundOf(project);
+    const VersionSound sound = soundOf(project);
     const auto synced = captionsAfterTranscriptChange(project.edit.captions, before, after, sound.layers(),
                                                       project.edit.fragments, makerOf(project));
     if (const auto written = writeTranscript(project, *after); !written) return failure(written.error());
@@ -132,9 +117,10 @@ ToolOutcome WordTools::exportCaptions(EditedProject& project, const ArgumentRead
     if (!captions) return noTranscript();
     const fs::path path = arguments.text("path") ? expandingTilde(*arguments.text("path"), m_home)
                                                  : m_exports / (project.bundleURL.stem().string() + "." + word);
-    if (const auto made = createFolder(path.parent_path()); !made) return refusal(made.error());
-    const Sound sound = soundOf(project);
+    const VersionSound sound = soundOf(project);
     const auto cues = timelineCues(*captions, project.edit.fragments, sound.layers());
+    if (cues.empty()) return invalidArgument("project", SubtitleError(SubtitleError::NothingLeft{}).description());
+    if (const auto made = createFolder(path.parent_path()); !made) return refusal(made.error());
     if (const auto written = writeSubtitles(cues, *format, path); !written) return refusal(written.error());
     return JSONValue{{"path", path.string()}, {"format", word}, {"cues", cues.size()}};
 }
@@ -148,6 +134,7 @@ namespace {
 
 /// The take of that number or id; the error lists those that there are.
 Result<NarrationTake, std::string> namedTake(const NarrationLibrary& library, const std::string& name) {
+    if (library.isUnreadable) return refusal(NarrationError(NarrationError::LibraryUnreadable{}));
     const auto takes = library.liveTakes();
     if (takes.empty()) return invalidArgument("take", "this project has no narration takes yet");
     std::vector<std::string> numbers;
@@ -169,8 +156,7 @@ AudioTrackList hearing(const NarrationTake& take, AudioTrackList tracks, IdSourc
 std::string noteOnOriginal(NarrationCaptionOutcome outcome) {
     if (outcome == NarrationCaptionOutcome::KeptEdited)
         return "The recording’s own sound is the only track heard again. The user had edited the captions, so they "
-               "were "
-               "kept; replace_captions: true writes them from its transcript.";
+               "were kept; replace_captions: true writes them from its transcript.";
     return "The recording’s own sound is the only track heard again, with the captions from its transcript.";
 }
 
@@ -180,9 +166,9 @@ ToolOutcome WordTools::useNarrationTake(EditedProject& project, const ArgumentRe
     const auto number = arguments.integer("take");
     const std::string name = trimmed(arguments.text("take").value_or(number ? std::to_string(*number) : ""));
     if (name.empty()) return invalidArgument("take", "expected a take's number, its id, or “original”");
-    Sound sound = soundOf(project);
+    VersionSound sound = soundOf(project);
     const bool isOriginal = name == "original";
-    if (isOriginal && !sound.recordingHasSound)
+    if (isOriginal && sound.recording == AudioStack::RecordingSound::Silent)
         return invalidArgument("take", "this recording has no sound of its own to go back to");
 
     JSONValue result = JSONValue::object();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "agent/MCPProjectEditor.h"
+#include "narration/VersionSound.h"
 #include "platform/MovieReader.h"
 #include "speech/NarrationCaptions.h"
 
@@ -22,8 +23,7 @@ public:
     [[nodiscard]] ToolOutcome useNarrationTake(EditedProject& project, const ArgumentReader& arguments) const;
 
 private:
-    struct Sound;
-    [[nodiscard]] Sound soundOf(const EditedProject& project) const;
+    [[nodiscard]] VersionSound soundOf(const EditedProject& project) const;
 
     MovieReaderFactory& m_movies;
     std::filesystem::path m_home;

@@ -8,6 +8,8 @@
 #include "agent/ToolArguments.h"
 #include "agent/ToolCatalogue.h"
 #include "app/Version.h"
+#include "core/base/Base64.h"
+#include "core/base/Files.h"
 
 namespace morvelin {
 
@@ -15,10 +17,11 @@ namespace {
 
 constexpr const char* kClientName = "morvelin call";
 
-/// What came of a call, however it was made: the text to print, and whether the tool failed.
+/// What came of a call, however it was made: the text to print, whether the tool failed, and the picture's PNG file.
 struct Outcome {
     std::string text;
     bool isError = false;
+    std::optional<std::string> image = {};
 };
 
 void askForPatience() {
@@ -32,8 +35,10 @@ void askForPatience() {
 Outcome outcomeOf(const JSONValue& result) {
     Outcome outcome;
     outcome.isError = result.value("isError", false);
-    for (const JSONValue& part : result.value("content", JSONValue::array()))
+    for (const JSONValue& part : result.value("content", JSONValue::array())) {
         if (part.value("type", "") == "text") outcome.text = part.value("text", "");
+        if (part.value("type", "") == "image") outcome.image = bytesOfBase64(part.value("data", ""));
+    }
     return outcome;
 }
 
@@ -53,12 +58,23 @@ Outcome callOnFiles(Composition& composition, const CallOptions& options, const 
     Outcome outcome;
     const auto call = [&]() -> Task<void> {
         MCPToolResult result = co_await router.call(options.tool, arguments, kClientName);
-        outcome = {std::move(result.text), result.isError};
+        outcome = {std::move(result.text), result.isError, std::move(result.imagePNG)};
         composition.loop.quit();
     };
     composition.loop.spawn(call());
     composition.loop.run();
     return outcome;
+}
+
+/// False when the picture could not be written; a caller who didn't ask for it is told how to get it.
+bool saveImage(const std::string& image, const std::optional<std::filesystem::path>& file) {
+    if (!file) {
+        fmt::print(stderr, "The answer comes with a picture; --image FILE saves it.\n");
+        return true;
+    }
+    const auto written = writeFileAtomically(*file, image);
+    if (!written) fmt::print(stderr, "{}\n", written.error().description());
+    return written.has_value();
 }
 
 } // namespace
@@ -69,15 +85,18 @@ int runCall(Composition& composition, const CallOptions& options) {
         fmt::print(stderr, "There is no tool “{}”. Run morvelin call --help for their names.\n", options.tool);
         return kWrongWords;
     }
-    const auto arguments = toolArguments(*tool, options.arguments);
-    if (!arguments) {
-        fmt::print(stderr, "{}\n", arguments.error());
+    const auto typed = toolArguments(*tool, options.arguments);
+    if (!typed) {
+        fmt::print(stderr, "{}\n", typed.error());
         return kWrongWords;
     }
+    std::error_code error;
+    const JSONValue arguments = withPathsFrom(std::filesystem::current_path(error), *typed);
     auto program = MCPClient::connect(mcpSocketURL(composition.home));
-    const Outcome outcome = program ? callRunningProgram(*program, options, *arguments)
-                                    : callOnFiles(composition, options, *arguments);
+    const Outcome outcome = program ? callRunningProgram(*program, options, arguments)
+                                    : callOnFiles(composition, options, arguments);
     fmt::print(outcome.isError ? stderr : stdout, "{}\n", outcome.text);
+    if (outcome.image && !saveImage(*outcome.image, options.image)) return kFailure;
     return outcome.isError ? kFailure : kSuccess;
 }
 

@@ -23,6 +23,7 @@ struct Words {
     CallOptions call;
     ClientsOptions clients;
     std::string shell;
+    ArtOptions art;
     std::optional<Command> chosen;
 };
 
@@ -80,6 +81,8 @@ void addCall(CLI::App& app, Words& words) {
     call->add_option("arguments", words.call.arguments,
                      "the tool's arguments; records as JSON: rect='{\"x\":0.1,\"y\":0.1,\"width\":0.5,\"height\":0.5}'")
         ->type_name("NAME=VALUE");
+    call->add_option("--image", words.call.image, "the file to write the answer's picture to, as PNG")
+        ->type_name("FILE");
     call->footer(toolNames);
     call->callback([&words] { words.chosen = words.call; });
 }
@@ -119,6 +122,20 @@ void addCompletion(CLI::App& app, Words& words) {
         [&words] { words.chosen = CompletionOptions{json::fromRawValue<Shell>(words.shell).value_or(Shell::Bash)}; });
 }
 
+/// Help and shells don't show it: it is for those who draw the program's art.
+void addArt(CLI::App& app, Words& words) {
+    CLI::App* art = app.add_subcommand("art", "Draw a sheet of all backgrounds, pointers and hands.")->group("");
+    art->add_option("--background", words.art.background, "one background by itself")->type_name("NAME");
+    art->add_option("--width", words.art.size.width, "of that background, in pixels (default: 1920)")
+        ->type_name("N")
+        ->check(CLI::Range(16, 8192).description(""));
+    art->add_option("--height", words.art.size.height, "of that background, in pixels (default: 1080)")
+        ->type_name("N")
+        ->check(CLI::Range(16, 8192).description(""));
+    art->add_option("--output", words.art.output, "the PNG file to write (default: art.png)")->type_name("FILE");
+    art->callback([&words] { words.chosen = words.art; });
+}
+
 void addCommands(CLI::App& app, Words& words) {
     app.description(
         "Records a screen with its pointer, makes a project with zooms that follow the clicks, renders it.");
@@ -131,6 +148,7 @@ void addCommands(CLI::App& app, Words& words) {
     addCall(app, words);
     addClients(app, words);
     addCompletion(app, words);
+    addArt(app, words);
 }
 
 template <class E>
@@ -162,7 +180,8 @@ CompletedCommand completedCommand(const CLI::App& app) {
         else if (option->get_type_name() != "NAME=VALUE") // the tool's own word brings them
             command.operands.push_back(completedWord(*option));
     }
-    for (const CLI::App* each : app.get_subcommands({})) command.commands.push_back(completedCommand(*each));
+    for (const CLI::App* each : app.get_subcommands({}))
+        if (!each->get_group().empty()) command.commands.push_back(completedCommand(*each));
     return command;
 }
 

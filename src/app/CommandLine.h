@@ -9,6 +9,7 @@
 
 #include "agent/ShellCompletion.h"
 #include "core/base/Time.h"
+#include "platform/Picture.h"
 #include "render/ExportSettings.h"
 
 namespace morvelin {
@@ -33,7 +34,8 @@ struct ServeOptions {};
 /// `morvelin call`
 struct CallOptions {
     std::string tool;
-    std::vector<std::string> arguments; ///< `name=value` each
+    std::vector<std::string> arguments;         ///< `name=value` each
+    std::optional<std::filesystem::path> image; ///< where the answer's picture goes
 };
 
 /// `morvelin clients`
@@ -49,6 +51,13 @@ struct CompletionOptions {
     Shell shell = Shell::Bash;
 };
 
+/// `morvelin art`, for those who work on the program
+struct ArtOptions {
+    std::optional<std::string> background; ///< by itself; absent means a sheet of everything
+    PixelSize size{1920, 1080};            ///< of a background by itself
+    std::filesystem::path output = "art.png";
+};
+
 /// Text to print before the program ends: help, the version, or what was wrong with the words typed.
 struct ParsedText {
     std::string text;
@@ -56,7 +65,7 @@ struct ParsedText {
 };
 
 using Command = std::variant<RecordOptions, ExportOptions, ServeOptions, CallOptions, ClientsOptions, CompletionOptions,
-                             ParsedText>;
+                             ArtOptions, ParsedText>;
 
 /// Reads the program's arguments, the program's name first.
 [[nodiscard]] Command parseCommandLine(int argc, const char* const* argv);

@@ -19,5 +19,6 @@ int runClients(Composition& composition, const ClientsOptions& options);
 /// What the agent clients are called on the command line.
 [[nodiscard]] std::vector<std::string> clientWords();
 int runCompletion(const CompletionOptions& options);
+int runArt(const ArtOptions& options);
 
 } // namespace morvelin

@@ -20,7 +20,7 @@ namespace morvelin {
 namespace {
 
 std::filesystem::path homeFolder() {
-    if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') return home;
+    if (const char* home = std::getenv("HOME"); home != nullptr && *home == '/') return home;
     const passwd* user = ::getpwuid(::getuid());
     return user != nullptr ? user->pw_dir : "/";
 }
@@ -46,7 +46,7 @@ std::unique_ptr<Composition> compose(Log log) {
     composition->movieWriters = std::make_unique<FFmpegMovieWriterFactory>();
     composition->defaults = std::make_unique<KeyFileDefaults>(configFolder(composition->home), composition->log);
     composition->trash = std::make_unique<GioTrash>();
-    composition->images = std::make_unique<FFmpegImageProbe>(*composition->movieReaders);
+    composition->images = std::make_unique<FFmpegImageProbe>();
     return composition;
 }
 

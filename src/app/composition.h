@@ -26,12 +26,12 @@ struct Composition {
     std::filesystem::path home;
     SystemClock clock;
     RandomIdSource ids;
-    GLibEventLoop loop;
     std::unique_ptr<MovieReaderFactory> movieReaders;
     std::unique_ptr<MovieWriterFactory> movieWriters;
     std::unique_ptr<Defaults> defaults;
     std::unique_ptr<Trash> trash;
     std::unique_ptr<ImageFileProbe> images;
+    GLibEventLoop loop; ///< last, and so the first to go: it waits for its workers, who use all the others
 
     /// What the agents' tools work with.
     [[nodiscard]] MorvelinCommandRouter::Services routerServices();

@@ -72,7 +72,6 @@ fs::path headerFile(const fs::path& bundleURL) {
 
 /// The header as it stands: what a newer program has put into it goes along.
 Result<JSONValue, BundleError> readHeader(const fs::path& file) {
-    if (!isPresent(file)) return failure(BundleError(BundleError::MissingMetadata{}));
     auto header = readRecord<JSONValue>(file);
     if (header && !header->is_object())
         return failure(BundleError(BundleError::Undecodable{file, json::wrongType("an object", *header)}));
@@ -106,6 +105,8 @@ Result<fs::path, BundleError> duplicateProject(const fs::path& bundleURL, const 
                                                std::stop_token stop) {
     const fs::path source = normalized(bundleURL);
     const fs::path folder = source.parent_path();
+    // Before any folder whatever is copied.
+    if (!isPresent(headerFile(source))) return failure(BundleError(BundleError::MissingMetadata{}));
     removeAbandonedWorkshops(folder);
     auto workshop = Workshop::open(folder);
     if (!workshop) return passOn(std::move(workshop));

@@ -2,12 +2,10 @@
 
 #include <algorithm>
 
-#include <dirent.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include "core/base/Parallel.h"
 #include "storage/BundleFiles.h"
+#include "storage/OpenFolder.h"
+#include "storage/ProjectBundle.h"
 
 namespace morvelin {
 
@@ -20,51 +18,19 @@ Date dateOf(const timespec& time) {
     return Date{sys_time<milliseconds>(duration_cast<milliseconds>(seconds(time.tv_sec) + nanoseconds(time.tv_nsec)))};
 }
 
-/// An open folder, whose entries are asked about without spelling their whole path: a library has thousands.
-class Folder {
-public:
-    explicit Folder(const fs::path& path) : m_stream(::opendir(path.c_str())) {}
-    Folder(const Folder& parent, const std::string& name) : m_stream(parent.openFolder(name.c_str())) {}
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    ~Folder() {
-        if (m_stream != nullptr) ::closedir(m_stream);
-    }
-
-    /// The next entry's name, null after the last.
-    [[nodiscard]] const char* next() {
-        const dirent* entry = m_stream != nullptr ? ::readdir(m_stream) : nullptr;
-        return entry != nullptr ? entry->d_name : nullptr;
-    }
-
-    /// Of what lies at a path below this folder.
-    [[nodiscard]] std::optional<struct stat> status(const std::string& path) const {
-        struct stat found {};
-        if (m_stream == nullptr || ::fstatat(::dirfd(m_stream), path.c_str(), &found, 0) != 0) return std::nullopt;
-        return found;
-    }
-
-private:
-    [[nodiscard]] DIR* openFolder(const char* name) const {
-        if (m_stream == nullptr) return nullptr;
-        const int descriptor = ::openat(::dirfd(m_stream), name, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        return descriptor >= 0 ? ::fdopendir(descriptor) : nullptr;
-    }
-
-    DIR* m_stream;
-};
-
 /// The newest of what edits touch; a bundle without any of it counts as changed when its folder was. Nothing where no
 /// folder lies.
-std::optional<Date> modificationDate(const Folder& library, const std::string& bundleName) {
+std::optional<Date> modificationDate(const OpenFolder& library, const std::string& bundleName,
+                                     const std::optional<struct stat>& header) {
     std::optional<Date> newest;
     const auto consider = [&](const std::optional<struct stat>& file) {
         if (file) newest = std::max(newest.value_or(Date{}), dateOf(file->st_mtim));
     };
-    consider(library.status(bundleName + '/' + ProjectBundle::kCaptureFile));
-    Folder versions(library, bundleName + '/' + ProjectBundle::kVersionsFolder);
-    while (const char* name = versions.next())
+    consider(header);
+    const OpenFolder versions(library, bundleName + '/' + ProjectBundle::kVersionsFolder);
+    (void)versions.forEachEntry([&](const char* name) {
         if (*name != '.') consider(versions.status(name));
+    });
     if (newest) return newest;
     const auto folder = library.status(bundleName);
     if (folder && S_ISDIR(folder->st_mode)) newest = dateOf(folder->st_mtim);
@@ -74,38 +40,72 @@ std::optional<Date> modificationDate(const Folder& library, const std::string& b
 struct Bundle {
     std::string name;
     std::optional<Date> modified;
+    std::optional<std::string> header;
+
+    [[nodiscard]] std::string headerFile() const { return name + '/' + ProjectBundle::kCaptureFile; }
+
+    /// Gives the file's status, which comes with the reading for nothing.
+    std::optional<struct stat> readHeader(const OpenFolder& library) {
+        auto file = library.read(headerFile());
+        if (!file) return std::nullopt;
+        header = std::move(file->text);
+        return file->status;
+    }
 };
+
+bool isMoreRecent(const Bundle& a, const Bundle& b) {
+    return a.modified != b.modified ? a.modified > b.modified : a.name < b.name;
+}
+
+/// In no order. Headers are read along where all of them are wanted.
+std::vector<Bundle> bundlesIn(const OpenFolder& library, std::size_t headers) {
+    std::vector<Bundle> bundles;
+    (void)library.forEachEntry([&](const char* name) {
+        if (*name != '.' && ProjectBundle::hasBundleExtension(name)) bundles.push_back({name, {}, {}});
+    });
+    const bool readAll = headers >= bundles.size();
+    inParallel(bundles.size(), [&](std::size_t i) {
+        Bundle& bundle = bundles[i];
+        std::optional<struct stat> header;
+        if (readAll) header = bundle.readHeader(library);
+        if (!header) header = library.status(bundle.headerFile());
+        bundle.modified = modificationDate(library, bundle.name, header);
+    });
+    std::erase_if(bundles, [](const Bundle& bundle) { return !bundle.modified; });
+    return bundles;
+}
 
 } // namespace
 
-std::vector<ProjectsFolder::Entry> ProjectsFolder::byModification() const {
-    Folder library(m_folder);
-    std::vector<Bundle> bundles;
-    while (const char* name = library.next())
-        if (*name != '.' && ProjectBundle::hasBundleExtension(name)) bundles.push_back({name, {}});
-    inParallel(bundles.size(),
-               [&](std::size_t i) { bundles[i].modified = modificationDate(library, bundles[i].name); });
-    std::erase_if(bundles, [](const Bundle& bundle) { return !bundle.modified; });
-    std::ranges::sort(bundles, [](const Bundle& a, const Bundle& b) {
-        return a.modified != b.modified ? a.modified > b.modified : a.name < b.name;
+std::string ProjectsFolder::Entry::name() const {
+    return bundleName.substr(0, bundleName.size() - std::string_view(ProjectBundle::kExtension).size());
+}
+
+std::vector<ProjectsFolder::Entry> ProjectsFolder::byModification(std::size_t headers) const {
+    const OpenFolder library(m_folder);
+    std::vector<Bundle> bundles = bundlesIn(library, headers);
+    std::ranges::sort(bundles, isMoreRecent);
+    inParallel(std::min(headers, bundles.size()), [&](std::size_t i) {
+        if (!bundles[i].header) (void)bundles[i].readHeader(library);
     });
     std::vector<Entry> entries;
     entries.reserve(bundles.size());
-    for (const Bundle& bundle : bundles) entries.push_back({m_folder / bundle.name, *bundle.modified});
+    for (Bundle& each : bundles) entries.push_back({std::move(each.name), *each.modified, std::move(each.header)});
     return entries;
 }
 
 std::optional<fs::path> ProjectsFolder::lastModified() const {
-    std::vector<Entry> entries = byModification();
-    if (entries.empty()) return std::nullopt;
-    return std::move(entries.front().bundleURL);
+    const std::vector<Bundle> bundles = bundlesIn(OpenFolder(m_folder), 0);
+    const auto last = std::ranges::min_element(bundles, isMoreRecent);
+    if (last == bundles.end()) return std::nullopt;
+    return m_folder / last->name;
 }
 
 std::optional<fs::path> ProjectsFolder::find(const std::string& pathOrName, const fs::path& home) const {
     const fs::path path = expandingTilde(pathOrName, home);
     std::error_code error;
-    if (fs::exists(path, error)) return fs::absolute(path, error).lexically_normal();
-    if (ProjectBundle::hasBundleExtension(pathOrName) && !path.has_parent_path()) return named(path.stem());
+    if (fs::exists(path, error)) return ProjectBundle::normalized(path);
+    if (ProjectBundle::hasBundleExtension(pathOrName)) return named(fs::path(pathOrName).replace_extension());
     return named(pathOrName);
 }
 
@@ -113,7 +113,15 @@ std::optional<fs::path> ProjectsFolder::named(const std::string& name) const {
     if (name.empty() || name.find('/') != std::string::npos) return std::nullopt;
     const fs::path path = m_folder / (name + ProjectBundle::kExtension);
     std::error_code error;
-    return fs::is_directory(path, error) ? std::optional(path) : std::nullopt;
+    if (fs::is_directory(path, error)) return path;
+    // A list shows a project whose extension is written in capitals, too.
+    std::optional<fs::path> found;
+    (void)OpenFolder(m_folder).forEachEntry([&](const char* entry) {
+        const fs::path each = m_folder / entry;
+        if (ProjectBundle::hasBundleExtension(entry) && each.stem() == name && fs::is_directory(each, error))
+            found = each;
+    });
+    return found;
 }
 
 fs::path expandingTilde(const std::string& path, const fs::path& home) {

@@ -14,18 +14,22 @@ namespace morvelin {
 class ProjectsFolder {
 public:
     struct Entry {
-        std::filesystem::path bundleURL;
-        Date modified; ///< the newest change of the header or a version
+        std::string bundleName;            ///< with its extension
+        Date modified;                     ///< the newest change of the header or a version
+        std::optional<std::string> header; ///< the text of `capture.json`, where it was read
 
-        bool operator==(const Entry&) const = default;
+        /// What agents call the project: the folder's name without the extension.
+        [[nodiscard]] std::string name() const;
     };
 
     explicit ProjectsFolder(std::filesystem::path folder) : m_folder(std::move(folder)) {}
 
     [[nodiscard]] const std::filesystem::path& path() const { return m_folder; }
 
-    /// Every bundle, the one that changed last first; bundles of equal time by ascending path.
-    [[nodiscard]] std::vector<Entry> byModification() const;
+    /// Every bundle, the one that changed last first; bundles of equal time by ascending path. That many of the first have
+    /// their headers read along.
+    [[nodiscard]] std::vector<Entry> byModification(std::size_t headers = 0) const;
+    [[nodiscard]] std::filesystem::path bundleURL(const Entry& entry) const { return m_folder / entry.bundleName; }
     [[nodiscard]] std::optional<std::filesystem::path> lastModified() const;
 
     /// The project that a person or an agent names: a path, with `~` for `home`, or the name of one in this folder.

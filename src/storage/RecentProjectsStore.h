@@ -27,6 +27,8 @@ struct RecentProject {
 /// Reads the folder anew each time; from any thread, since it holds nothing but the folder's path.
 class RecentProjectsStore {
 public:
+    struct Header;
+
     explicit RecentProjectsStore(std::filesystem::path folder) : m_folder(std::move(folder)) {}
 
     [[nodiscard]] const std::filesystem::path& folder() const { return m_folder; }

@@ -25,7 +25,7 @@ DateRange rangeOf(const Filter& filter, const TimeZone& zone) {
     const auto daysBack = [&](int count) {
         return DateRange{zone.startOf(zone.dayOf(filter.referenceDate) - chrono::days(count)), {}};
     };
-    switch (filter.date) {
+    switch (filter.dateFilter) {
     case DateFilter::All: return {};
     case DateFilter::Today: return daysBack(0);
     case DateFilter::Week: return daysBack(7);
@@ -41,7 +41,7 @@ std::vector<RecentProject> filtered(std::span<const RecentProject> projects, con
     const std::string search = caseFolded(trimmed(filter.search));
     std::vector<RecentProject> left;
     std::ranges::copy_if(projects, std::back_inserter(left), [&](const RecentProject& project) {
-        return (!filter.kind || project.kind == filter.kind) && range.contains(project.createdAt) &&
+        return (!filter.kindFilter || project.kind == filter.kindFilter) && range.contains(project.createdAt) &&
                (search.empty() || caseFolded(project.title).contains(search));
     });
     return left;

@@ -20,12 +20,12 @@ enum class DateFilter { All, Today, Week, Month, Custom };
 
 /// A recording is shown when it passes all of these.
 struct Filter {
-    DateFilter date = DateFilter::All;
-    std::optional<RecordingKind> kind; ///< absent means all
-    std::string search;                ///< part of the title, in any case; white space at the ends doesn't count
-    Date startDate;                    ///< of a custom range
-    Date endDate;                      ///< of a custom range: its whole day belongs to it
-    Date referenceDate;                ///< what "today" is
+    DateFilter dateFilter = DateFilter::All;
+    std::optional<RecordingKind> kindFilter; ///< absent means all
+    std::string search;                      ///< part of the title, in any case; white space at the ends doesn't count
+    Date startDate;                          ///< of a custom range
+    Date endDate;                            ///< of a custom range: its whole day belongs to it
+    Date referenceDate;                      ///< what "today" is
 };
 
 struct Section {

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include "agent/RouterFixture.h"
+#include "agent/ToolCatalogue.h"
+#include "core/base/AdvisoryLock.h"
 #include "media/PNG.h"
 
 namespace morvelin {
@@ -74,8 +76,9 @@ TEST_F(EditToolsTest, AnnotationsChangeByField) {
     EXPECT_FALSE(facts("update_annotation", {{"id", id}, {"label", ""}}).contains("label"));
     EXPECT_EQ(refused("update_annotation", {{"id", id}, {"blur_radius", 10}, {"x", 0.5}}),
               "A focus has no blur_radius, x. Call describe_project to see which fields each annotation has.");
-    const JSONValue mask = facts("annotate",
-                                 {{"type", "mask"}, {"at", 0}, {"rect", focus["rect"]}, {"blur_radius", 500}});
+    const JSONValue mask = facts(
+        "annotate", {{"type", "mask"}, {"at", 0}, {"until", 1e308}, {"rect", focus["rect"]}, {"blur_radius", 500}});
+    EXPECT_EQ(mask["until"], 10) << "nothing is shown after the end";
     EXPECT_EQ(mask["blur_radius"], 64);
     EXPECT_EQ(refused("update_annotation", {{"id", mask["id"]}, {"blur_radius", 65}}),
               "blur_radius 65.00 is out of range (6.00–64.00).");
@@ -191,6 +194,12 @@ TEST_F(EditToolsTest, TheBubbleStaysParkedAndInside) {
     EXPECT_EQ(facts("set_camera", {{"x", 0.9}, {"y", 0.9}})["x"], 0.6);
     EXPECT_EQ(facts("set_camera", {{"mirrored", true}, {"visible", false}})["visible"], false);
     EXPECT_THAT(refused("set_camera", {{"anchor", "middle"}}), HasSubstr("expected one of topLeft, top, topRight"));
+    const NormalizedRect tall{0.1, 0.2, 0.3, 0.6};
+    edit(m_bundle, [&](EditPayload& edit) { edit.camera->rect = tall; });
+    facts("set_camera", {{"mirrored", false}});
+    EXPECT_EQ(onDisk().camera->rect, tall) << "as the preview drew it";
+    facts("set_camera", {{"x", 0.5}});
+    EXPECT_EQ(onDisk().camera->rect, (NormalizedRect{0.5, 0.2, 0.3, 0.6}));
     EXPECT_EQ(refused("set_camera", {{"size", 0.6}}), "size 0.60 is out of range (0.08–0.50).");
 }
 
@@ -266,6 +275,164 @@ public:
     }
     void transcriptChanged() override {}
 };
+
+/// A call of each editing tool that works on `EditToolsTest`'s three zooms; the rest of the arguments is optional.
+std::vector<std::pair<std::string, JSONValue>> workingCalls(const JSONValue& project) {
+    const JSONValue rect{{"x", 0.1}, {"y", 0.1}, {"width", 0.5}, {"height", 0.5}};
+    const JSONValue zoom = project["zooms"][1]["id"];
+    const JSONValue key = project["positions"][1]["id"];
+    const JSONValue& cues = project["annotations"];
+    return {{"cut", {{"from", 1}, {"to", 2}}},
+            {"trim", {{"start", 1}, {"end", 9}}},
+            {"set_speed", {{"from", 1}, {"to", 2}, {"speed", 2}}},
+            {"set_zoom", {{"at", 8}, {"factor", 2}}},
+            {"update_zoom", {{"id", zoom}}},
+            {"roll_zoom_seam", {{"id", zoom}, {"to", 1}}},
+            {"rebuild_zoom_position_keys", {{"id", zoom}}},
+            {"remove_zoom", {{"id", zoom}}},
+            {"add_position_key", {{"at", 9}, {"x", 0.5}, {"y", 0.5}}},
+            {"update_position_key", {{"id", key}, {"time", 4}}},
+            {"remove_position_key", {{"id", key}}},
+            {"set_auto_timeline", {{"force", true}}},
+            {"annotate", {{"type", "focus"}, {"at", 1}, {"rect", rect}}},
+            {"annotate", {{"type", "tap"}, {"at", 1}, {"x", 0.5}, {"y", 0.5}}},
+            {"update_annotation", {{"id", cues[0]["id"]}}},
+            {"update_annotation", {{"id", cues[1]["id"]}}},
+            {"remove_annotation", {{"id", cues[0]["id"]}}},
+            {"narrate", {{"text", "Hello."}, {"at", 1}}},
+            {"edit_transcript", {{"text", "Hello there."}}},
+            {"export_captions", JSONValue::object()},
+            {"use_narration_take", {{"take", "1"}}},
+            {"clear_narration", JSONValue::object()},
+            {"set_style", JSONValue::object()},
+            {"set_camera", JSONValue::object()}};
+}
+
+Task<void> ask(MorvelinCommandRouter& router, std::string tool, JSONValue arguments,
+               std::optional<MCPToolResult>& answer) {
+    answer = co_await router.call(std::move(tool), std::move(arguments), "test");
+}
+
+double largestNumber(const JSONValue& value) {
+    if (value.is_number()) return std::abs(value.get<double>());
+    double largest = 0;
+    if (value.is_structured())
+        for (const JSONValue& each : value) largest = std::max(largest, largestNumber(each));
+    return largest;
+}
+
+/// Whatever stands in place of an argument, a call works and leaves a sound edit, or says why not and changes nothing.
+TEST_F(EditToolsTest, NoArgumentHarmsTheProject) {
+    threeZooms();
+    put(m_bundle / "camera.mov", "movie");
+    facts("annotate", {{"type", "mask"}, {"at", 1}, {"rect", {{"x", 0}, {"y", 0}, {"width", 1}, {"height", 1}}}});
+    facts("annotate", {{"type", "tap"}, {"at", 2}, {"x", 0.5}, {"y", 0.5}});
+    facts("narrate", {{"text", "So far."}, {"at", 3}});
+    const JSONValue strange = m_ids.next().text();
+    const std::vector<JSONValue> values{nullptr,
+                                        "",
+                                        "nan",
+                                        "1e999",
+                                        1e308,
+                                        -1e308,
+                                        5e-324,
+                                        strange,
+                                        "7F-zz",
+                                        true,
+                                        JSONValue::array(),
+                                        JSONValue{{"x", "inf"}}};
+    const auto calls = workingCalls(described());
+    const auto files = bytesBelow(m_bundle);
+    const EditPayload before = onDisk();
+    FakeEditor editor;
+    MorvelinCommandRouter router{
+        {m_folders, services(), m_loop, m_trash, m_images, m_movies, [&](const auto&) { return &editor; }}};
+    for (const auto& [tool, arguments] : calls)
+        for (const auto& [name, schema] : findTool(tool)->inputSchema.at("properties").items())
+            for (const JSONValue& value : values) {
+                if (name == "project" || name == "path") continue;
+                editor.shown = before;
+                JSONValue changed = arguments;
+                changed[name] = value;
+                std::optional<MCPToolResult> answer;
+                m_loop.spawn(ask(router, tool, changed, answer));
+                m_loop.advance(1_s);
+                ASSERT_TRUE(answer) << tool << changed;
+                if (answer->isError) {
+                    EXPECT_EQ(editor.shown, before) << tool << changed;
+                    EXPECT_EQ(bytesBelow(m_bundle), files) << tool << changed;
+                    continue;
+                }
+                EXPECT_LT(largestNumber(*answer->structured), 1000) << tool << changed;
+                EXPECT_LT(largestNumber(toJSON(editor.shown)), 1000) << tool << changed;
+                put(m_bundle / "transcript.json", files.at("transcript.json"));
+            }
+}
+
+TEST_F(EditToolsTest, IdsOfAnotherProjectNameNothing) {
+    threeZooms();
+    const auto other = addProject("Other");
+    const JSONValue zoom = facts("set_zoom", {{"project", "Other"}, {"at", 1}, {"factor", 2}})["id"];
+    const JSONValue key = facts("add_position_key", {{"project", "Other"}, {"at", 9}, {"x", 0}, {"y", 0}})["id"];
+    const JSONValue hand = facts("annotate",
+                                 {{"project", "Other"}, {"type", "tap"}, {"at", 1}, {"x", 0}, {"y", 0}})["id"];
+    const auto before = bytesBelow(m_bundle);
+    const auto otherBefore = bytesBelow(other);
+    for (const char* tool : {"update_zoom", "remove_zoom", "rebuild_zoom_position_keys", "roll_zoom_seam"})
+        EXPECT_THAT(refused(tool, {{"project", "Tour"}, {"id", zoom}, {"to", 1}}), StartsWith("No zoom with id"))
+            << tool;
+    for (const char* tool : {"update_position_key", "remove_position_key"})
+        EXPECT_THAT(refused(tool, {{"project", "Tour"}, {"id", key}}), StartsWith("No position key with id")) << tool;
+    EXPECT_THAT(refused("update_annotation", {{"project", "Tour"}, {"id", hand}}), StartsWith("No annotation with id"));
+    EXPECT_THAT(refused("remove_annotation", {{"project", "Tour"}, {"id", hand}}), HasSubstr("no annotation with id"));
+    EXPECT_EQ(bytesBelow(m_bundle), before);
+    EXPECT_EQ(bytesBelow(other), otherBefore);
+}
+
+TEST_F(EditToolsTest, AProjectWithoutATimelineIsLeftAlone) {
+    edit(m_bundle, [](EditPayload& edit) {
+        edit.duration = 0_s;
+        edit.fragments.clear();
+        edit.zoomKeyframes.clear();
+        edit.positionKeyframes.clear();
+    });
+    EXPECT_EQ(refused("cut", {{"from", 0}, {"to", 1}}), "This project has no timeline yet.");
+    EXPECT_EQ(refused("trim"), "This project has no timeline yet.");
+    EXPECT_EQ(refused("set_speed", {{"from", 0}, {"to", 1}, {"speed", 2}}), "This project has no timeline yet.");
+    EXPECT_EQ(refused("annotate", {{"type", "mask"}, {"at", 0}}), "This project has no timeline yet.");
+    EXPECT_THAT(refused("set_zoom", {{"at", 1}, {"factor", 2}}), HasSubstr("is outside this recording"));
+    EXPECT_THAT(refused("add_position_key", {{"at", 1}, {"x", 0}, {"y", 0}}), HasSubstr("is outside this recording"));
+    EXPECT_THAT(refused("narrate", {{"text", "Hm."}, {"at", 0}}), HasSubstr("is outside this recording"));
+    EXPECT_EQ(facts("set_zoom", {{"clear", true}})["cleared"], 0);
+    EXPECT_EQ(facts("set_auto_timeline", {{"force", true}})["rebuilt"], true);
+}
+
+TEST_F(EditToolsTest, TwoProgramsEditsBothCount) {
+    MorvelinCommandRouter other{{m_folders, services(), m_loop, m_trash, m_images, m_movies, {}}};
+    const auto run = [](MorvelinCommandRouter& router, JSONValue arguments) -> Task<void> {
+        EXPECT_FALSE((co_await router.call("cut", std::move(arguments), "test")).isError);
+    };
+    {
+        const auto busy = AdvisoryLock::attempt(m_bundle, AdvisoryLock::Target::Folder);
+        ASSERT_TRUE(busy && *busy);
+        m_loop.spawn(run(m_router, {{"from", 1}, {"to", 2}}));
+        m_loop.spawn(run(other, {{"from", 4}, {"to", 6}}));
+        m_loop.advance(0.5_s);
+        EXPECT_EQ(onDisk().duration, 10_s) << "a third one is at work";
+    }
+    m_loop.advance(1_s);
+    EXPECT_EQ(onDisk().duration, 7_s);
+}
+
+TEST_F(EditToolsTest, ARenamedProjectStillShowsItsPicture) {
+    const auto bytes = encodePNG({{4, 4}, std::vector<std::uint8_t>(std::size_t{4} * 16, 200)}).value();
+    put(m_home.path() / "picture.png", {bytes.begin(), bytes.end()});
+    facts("set_style", {{"background_image", "~/picture.png"}});
+    facts("rename_project", {{"name", "Grand tour"}});
+    const std::filesystem::path picture = described()["style"]["background"]["path"].get<std::string>();
+    EXPECT_EQ(picture.parent_path(), m_folders.projects.path() / "Grand tour.morvelin");
+    EXPECT_TRUE(std::filesystem::exists(picture));
+}
 
 TEST_F(EditToolsTest, AnOpenEditorIsEditedInsteadOfTheFiles) {
     FakeEditor editor;

@@ -15,6 +15,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include "agent/MCPToolError.h"
 #include "agent/SharedAnswer.h"
 #include "agent/ToolCatalogue.h"
 #include "agent/ToolRouter.h"
@@ -41,8 +42,9 @@ public:
     std::vector<MCPResource> resources() override {
         return {{"morvelin://projects", "Morvelin projects", "Every .morvelin recording.", "application/json"}};
     }
-    Result<JSONValue, MCPToolError> readResource(const std::string& uri) override {
-        if (uri != "morvelin://projects") return failure(MCPToolError(MCPToolError::UnknownResource{uri}));
+    Result<JSONValue, std::string> readResource(const std::string& uri) override {
+        if (uri != "morvelin://projects")
+            return failure(MCPToolError(MCPToolError::UnknownResource{uri}).description());
         return JSONValue{{"projects", JSONValue::array()}};
     }
 

@@ -160,7 +160,9 @@ TEST_F(ReadingToolsTest, ProjectsAreReadByAddress) {
     EXPECT_EQ(m_router.readResource(resources[0].uri)->at("projects").size(), 1U);
     for (const char* uri : {"morvelin://project/no%20such", "morvelin://project/..%2F..", "morvelin://project/%zz",
                             "morvelin://project/", "morvelin://other", ""})
-        EXPECT_EQ(m_router.readResource(uri).error().description(), "Unknown resource “" + std::string(uri) + "”.");
+        EXPECT_EQ(m_router.readResource(uri).error(), "Unknown resource “" + std::string(uri) + "”.");
+    put(m_folders.projects.path() / "Damaged.MORVELIN" / "capture.json", "{}");
+    EXPECT_EQ(m_router.readResource("morvelin://project/Damaged").error(), "Bundle is missing recording.mov");
 }
 
 TEST_F(ReadingToolsTest, ReadsTheEventsOfAnExport) {

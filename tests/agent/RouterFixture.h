@@ -85,7 +85,7 @@ protected:
     SimulatedEventLoop m_loop;
     FolderTrash m_trash{m_home.path() / "Trash"};
     FFmpegMovieReaderFactory m_movies;
-    FFmpegImageProbe m_images{m_movies};
+    FFmpegImageProbe m_images;
     MorvelinCommandRouter m_router{{m_folders, services(), m_loop, m_trash, m_images, m_movies, {}}};
 };
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "agent/ToolArguments.h"
+#include "base/TemporaryFolder.h"
 
 namespace morvelin {
 namespace {
@@ -35,6 +36,21 @@ TEST(ToolArguments, TakeTheTypesOfTheSchema) {
         EXPECT_EQ(*arguments, JSONValue::parse(c.arguments));
     }
     EXPECT_TRUE(toolArguments(*findTool("click"), {"x=0", "y=0", "count=2"})->at("count").is_number_integer());
+}
+
+TEST(ToolArguments, LeadPathsFromWhereTheyWereTyped) {
+    const TemporaryFolder folder;
+    put(folder.path() / "Here.morvelin" / "capture.json", "{}");
+    const std::string here = folder.path().string() + "/";
+    for (const auto& [name, typed, meant] :
+         {std::tuple<const char*, std::string, std::string>{"project", "Here.morvelin", here + "Here.morvelin"},
+          {"project", "Tour", "Tour"},
+          {"project", "x/Tour", here + "x/Tour"},
+          {"project", "~/Tour", "~/Tour"},
+          {"path", "new.srt", here + "new.srt"},
+          {"path", "/new.srt", "/new.srt"},
+          {"text", "a/b", "a/b"}})
+        EXPECT_EQ(withPathsFrom(folder.path(), {{name, typed}}), (JSONValue{{name, meant}})) << typed;
 }
 
 TEST(ToolArguments, RefuseInPlainWords) {

@@ -78,6 +78,9 @@ TEST_F(VersionToolsTest, ProjectsAreRenamedCopiedAndThrownAway) {
     EXPECT_EQ(deleted["deleted"], renamed["path"]);
     EXPECT_TRUE(std::filesystem::exists(deleted["trash_path"].get<std::string>()));
     EXPECT_EQ(facts("list_projects")["projects"].size(), 1U);
+    put(m_home.path() / "Documents" / "letter.txt", "Dear friend");
+    EXPECT_EQ(refused("delete_project", {{"project", "~/Documents"}}), "No .morvelin project at “~/Documents”.");
+    EXPECT_EQ(refused("duplicate_project", {{"project", "~/Documents"}}), "Bundle is missing capture.json");
 }
 
 TEST_F(VersionToolsTest, WaitsForWhoeverHoldsTheProject) {

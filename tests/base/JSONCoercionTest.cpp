@@ -109,8 +109,10 @@ TEST(Base64, IsTheStandardForm) {
                                       {"f", "Zg=="},
                                       {"fo", "Zm8="},
                                       {"foo", "Zm9v"},
-                                      {std::string("\x00\xff\xfe\x3e\x3f\xfb", 6), "AP/+Pj/7"}})
+                                      {std::string("\x00\xff\xfe\x3e\x3f\xfb", 6), "AP/+Pj/7"}}) {
         EXPECT_EQ(base64(bytes), text);
+        EXPECT_EQ(bytesOfBase64(text), bytes);
+    }
     EXPECT_EQ(base64(std::string(600, '\0')), std::string(800, 'A')) << "one line";
 }
 

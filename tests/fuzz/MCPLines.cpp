@@ -40,8 +40,8 @@ public:
         co_return result;
     }
     std::vector<MCPResource> resources() override { return {{"u", "n", "d"}}; }
-    Result<JSONValue, MCPToolError> readResource(const std::string& uri) override {
-        if (uri.empty()) return failure(MCPToolError(MCPToolError::UnknownResource{uri}));
+    Result<JSONValue, std::string> readResource(const std::string& uri) override {
+        if (uri.empty()) return failure(std::string("It has no name."));
         return JSONValue(uri);
     }
 };

@@ -73,7 +73,7 @@ TEST_F(DuplicateProjectTest, LeavesNothingBehindWhenItFails) {
     fs::remove(m_url / "capture.json");
     EXPECT_EQ(description(), "Bundle is missing capture.json");
     fs::remove_all(m_url);
-    EXPECT_THAT(description(), testing::HasSubstr("No such file or directory"));
+    EXPECT_EQ(description(), "Bundle is missing capture.json");
     EXPECT_THAT(m_folder.names(), ElementsAre());
 }
 

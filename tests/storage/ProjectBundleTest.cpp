@@ -2,6 +2,8 @@
 
 #include <limits>
 
+#include "core/base/PercentEncoding.h"
+#include "storage/BackgroundImage.h"
 #include "storage/BundleOnDisk.h"
 
 namespace morvelin::ProjectBundle {
@@ -129,6 +131,30 @@ TEST_F(BundleFile, NoFileIsReplacedByOneThatCannotBeReadBack) {
     EXPECT_TRUE(deleteVersionFile(draft.id, m_url));
     EXPECT_TRUE(deleteVersionFile(draft.id, m_url));
     EXPECT_THAT(bytesBelow(m_url), ElementsAre(testing::Key("recording.mov"), testing::Key("versions/")));
+}
+
+TEST(BackgroundImage, MovesWithItsProject) {
+    const TemporaryFolder library;
+    const fs::path mine = library.path() / "My tour.morvelin";
+    put(mine / "background-1.png", "picture");
+    put(mine / "pictures" / "deep.png", "picture");
+    put(library.path() / "Old.morvelin" / "background-1.png", "the other project's");
+    struct Case {
+        fs::path stored, found;
+    };
+    for (const Case& c :
+         {Case{mine / "background-1.png", mine / "background-1.png"},
+          {library.path() / "Old.morvelin" / "background-1.png", mine / "background-1.png"}, // a copy has its own
+          {"/gone/Before its name.MORVELIN/background-1.png", mine / "background-1.png"},
+          {"/gone/A.morvelin/pictures/deep.png", mine / "pictures" / "deep.png"},
+          {"/gone/A.morvelin/../elsewhere/background-1.png", "/gone/elsewhere/background-1.png"},
+          {"/gone/A.morvelin/lost.png", "/gone/A.morvelin/lost.png"},
+          {"/photos/background-1.png", "/photos/background-1.png"}}) { // the user's own file
+        Background background;
+        background.imageURL = fileURL(c.stored);
+        EXPECT_EQ(backgroundImagePath(mine, background), c.found) << c.stored;
+    }
+    EXPECT_EQ(backgroundImagePath(mine, Background()), std::nullopt);
 }
 
 } // namespace

@@ -66,7 +66,7 @@ TEST(RecordingHistoryFilter, CountsDaysInTheUsersTimeZone) {
     Filter filter;
     filter.referenceDate = date("2026-04-02T10:00:00Z");
     const auto shown = [&](DateFilter dates) {
-        filter.date = dates;
+        filter.dateFilter = dates;
         return titles(sections(projects, filter, Layout::All, zone)).size();
     };
     EXPECT_EQ(shown(DateFilter::All), 7u);
@@ -75,7 +75,7 @@ TEST(RecordingHistoryFilter, CountsDaysInTheUsersTimeZone) {
     EXPECT_EQ(shown(DateFilter::Month), 6u);
     filter.startDate = date("2026-03-25T22:59:59Z");
     filter.endDate = date("2026-04-01T10:00:00Z");
-    filter.date = DateFilter::Custom;
+    filter.dateFilter = DateFilter::Custom;
     EXPECT_THAT(titles(sections(projects, filter, Layout::All, zone)), ElementsAre("late", "week", "8 days"));
 }
 
@@ -92,7 +92,7 @@ TEST(RecordingHistoryFilter, SearchesTitlesAndKinds) {
     EXPECT_THAT(search(" üb "), ElementsAre("Über uns", "U\u0308bung")) << "composed or not, it is one letter";
     EXPECT_THAT(search("straße"), ElementsAre("STRASSE"));
     EXPECT_THAT(search("ub"), ElementsAre());
-    filter.kind = RecordingKind::Agent;
+    filter.kindFilter = RecordingKind::Agent;
     EXPECT_THAT(search(""), ElementsAre("Über uns"));
 }
 

@@ -20,6 +20,7 @@ struct RunCommand {
     int operator()(const CallOptions& options) const { return runCall(*compose(), options); }
     int operator()(const ClientsOptions& options) const { return runClients(*compose(), options); }
     int operator()(const CompletionOptions& options) const { return runCompletion(options); }
+    int operator()(const ArtOptions& options) const { return runArt(options); }
 };
 
 } // namespace

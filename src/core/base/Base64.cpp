@@ -16,4 +16,13 @@ std::string base64(std::string_view bytes) {
     return text;
 }
 
+std::string bytesOfBase64(std::string_view text) {
+    std::string bytes(text.size() / 4 * 3 + 3, '\0');
+    gint state = 0;
+    guint saved = 0;
+    bytes.resize(
+        g_base64_decode_step(text.data(), text.size(), reinterpret_cast<guchar*>(bytes.data()), &state, &saved));
+    return bytes;
+}
+
 } // namespace morvelin

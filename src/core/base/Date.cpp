@@ -1,9 +1,10 @@
 #include "core/base/Date.h"
 
+#include <array>
 #include <charconv>
 #include <ctime>
 
-#include <fmt/format.h>
+#include <fmt/compile.h>
 
 namespace morvelin {
 
@@ -96,8 +97,11 @@ std::string Date::text() const {
     const auto day = chrono::floor<chrono::days>(seconds);
     const chrono::year_month_day date(day);
     const chrono::hh_mm_ss time(seconds - day);
-    return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", int(date.year()), unsigned(date.month()),
-                       unsigned(date.day()), time.hours().count(), time.minutes().count(), time.seconds().count());
+    std::array<char, 32> text; // a year has five digits and a sign at most
+    const char* const end = fmt::format_to(text.data(), FMT_COMPILE("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z"),
+                                           int(date.year()), unsigned(date.month()), unsigned(date.day()),
+                                           time.hours().count(), time.minutes().count(), time.seconds().count());
+    return {static_cast<const char*>(text.data()), end};
 }
 
 std::optional<Date> Date::parse(std::string_view text) {
