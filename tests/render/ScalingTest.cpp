@@ -155,8 +155,13 @@ TEST(Scaling, APanInASlowRampIsSmooth) {
     for (int p = 0; p < 3; ++p)
         for (int y = 0; y < picture->plane(p).height; ++y)
             std::fill_n(picture->plane(p).row(y), picture->plane(p).width, p == 0 ? 40 : 128);
-    for (int row = 0; row < 4; ++row) // a 4 by 4 dot, its middle at (200, 120)
-        std::fill_n(picture->plane(0).row(118 + row) + 198, 4, 200);
+    std::vector<NormalizedPoint> dots; // 4 by 4 pixels each, in a grid
+    for (int y = 80; y <= 200; y += 60) {
+        for (int x = 120; x <= 320; x += 50) {
+            for (int row = -2; row < 2; ++row) std::fill_n(picture->plane(0).row(y + row) + x - 2, 4, 200);
+            dots.push_back({x / 640.0, y / 360.0});
+        }
+    }
     auto instruction = plainInstruction(kSize, kSize);
     instruction->padding = 0.05;
     instruction->denseFrames = {{EditTime(0), 1, 0.5, 0.5}, {EditTime(20), 1.5, 0.3, 0.35}};
@@ -164,16 +169,18 @@ TEST(Scaling, APanInASlowRampIsSmooth) {
     for (int frame = 0; frame < 150; ++frame) {
         const DenseZoomFrame camera = sampleDenseFrames(instruction->denseFrames, EditTime(frame / 10.0));
         const FramePlan plan = framePlan(*instruction, camera.time, {0});
-        const NormalizedPoint found = dotNear(compositor.compose(plan, shown(picture, 0)).picture,
-                                              plan.stage.outputPoint(200.0 / 640, 120.0 / 360));
-        // Where it must be by the camera's unrounded curve.
+        const Picture& drawn = compositor.compose(plan, shown(picture, 0)).picture;
+        // Where the dots must be by the camera's unrounded curve.
         const double zoom = std::max(1.0, camera.zoom);
         const NormalizedPoint center = clampCenter({camera.centerX, camera.centerY}, camera.zoom, 0.05);
         const Rectangle video = plan.stage.videoRect;
         const double panX = std::clamp(video.x + center.x * video.width - 320 / zoom, 0.0, 640 - 640 / zoom);
         const double panY = std::clamp(video.y + center.y * video.height - 180 / zoom, 0.0, 360 - 360 / zoom);
-        EXPECT_NEAR(found.x, (video.x + 200.0 / 640 * video.width - panX) * zoom, 0.05) << frame;
-        EXPECT_NEAR(found.y, (video.y + 120.0 / 360 * video.height - panY) * zoom, 0.05) << frame;
+        for (const NormalizedPoint& dot : dots) {
+            const NormalizedPoint found = dotNear(drawn, plan.stage.outputPoint(dot.x, dot.y));
+            EXPECT_NEAR(found.x, (video.x + dot.x * video.width - panX) * zoom, 0.05) << frame;
+            EXPECT_NEAR(found.y, (video.y + dot.y * video.height - panY) * zoom, 0.05) << frame;
+        }
     }
 }
 
