@@ -27,11 +27,12 @@ std::optional<fs::path> newestSidecar(const fs::path& exports) {
     std::optional<fs::path> newest;
     fs::file_time_type newestTime;
     std::error_code error;
-    for (const auto& entry : fs::directory_iterator(exports, error)) {
-        if (!entry.path().string().ends_with(kSidecarEnding)) continue;
-        const auto time = entry.last_write_time(error);
-        if (error || (newest && time <= newestTime)) continue;
-        newest = entry.path();
+    for (fs::directory_iterator entry(exports, error), end; !error && entry != end; entry.increment(error)) {
+        if (!entry->path().string().ends_with(kSidecarEnding)) continue;
+        std::error_code gone;
+        const auto time = entry->last_write_time(gone);
+        if (gone || (newest && time <= newestTime)) continue;
+        newest = entry->path();
         newestTime = time;
     }
     return newest;

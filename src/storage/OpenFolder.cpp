@@ -18,9 +18,9 @@ OpenFolder::OpenFolder(const OpenFolder& parent, const std::string& path)
     : m_descriptor(::openat(parent.m_descriptor.get(), path.c_str(), kFolderFlags)),
       m_error(errno) {}
 
-std::optional<struct stat> OpenFolder::status(const std::string& path) const {
+std::optional<struct stat> OpenFolder::status(const char* path) const {
     struct stat found {};
-    if (::fstatat(m_descriptor.get(), path.c_str(), &found, 0) != 0) return std::nullopt;
+    if (::fstatat(m_descriptor.get(), path, &found, 0) != 0) return std::nullopt;
     return found;
 }
 

@@ -32,7 +32,7 @@ public:
     int forEachEntry(Visit&& visit) const;
 
     /// Of what lies there; a link is followed.
-    [[nodiscard]] std::optional<struct stat> status(const std::string& path) const;
+    [[nodiscard]] std::optional<struct stat> status(const char* path) const;
     /// A whole file; fails with errno.
     [[nodiscard]] Result<File, int> read(const std::string& path) const;
 

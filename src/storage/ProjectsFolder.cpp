@@ -18,6 +18,12 @@ Date dateOf(const timespec& time) {
     return Date{sys_time<milliseconds>(duration_cast<milliseconds>(seconds(time.tv_sec) + nanoseconds(time.tv_nsec)))};
 }
 
+std::string below(std::string_view folder, std::string_view file) {
+    std::string path;
+    path.reserve(folder.size() + 1 + file.size());
+    return path.append(folder).append("/").append(file);
+}
+
 /// The newest of what edits touch; a bundle without any of it counts as changed when its folder was. Nothing where no
 /// folder lies.
 std::optional<Date> modificationDate(const OpenFolder& library, const std::string& bundleName,
@@ -27,12 +33,12 @@ std::optional<Date> modificationDate(const OpenFolder& library, const std::strin
         if (file) newest = std::max(newest.value_or(Date{}), dateOf(file->st_mtim));
     };
     consider(header);
-    const OpenFolder versions(library, bundleName + '/' + ProjectBundle::kVersionsFolder);
+    const OpenFolder versions(library, below(bundleName, ProjectBundle::kVersionsFolder));
     (void)versions.forEachEntry([&](const char* name) {
         if (*name != '.') consider(versions.status(name));
     });
     if (newest) return newest;
-    const auto folder = library.status(bundleName);
+    const auto folder = library.status(bundleName.c_str());
     if (folder && S_ISDIR(folder->st_mode)) newest = dateOf(folder->st_mtim);
     return newest;
 }
@@ -42,7 +48,7 @@ struct Bundle {
     std::optional<Date> modified;
     std::optional<std::string> header;
 
-    [[nodiscard]] std::string headerFile() const { return name + '/' + ProjectBundle::kCaptureFile; }
+    [[nodiscard]] std::string headerFile() const { return below(name, ProjectBundle::kCaptureFile); }
 
     /// Gives the file's status, which comes with the reading for nothing.
     std::optional<struct stat> readHeader(const OpenFolder& library) {
@@ -68,7 +74,7 @@ std::vector<Bundle> bundlesIn(const OpenFolder& library, std::size_t headers) {
         Bundle& bundle = bundles[i];
         std::optional<struct stat> header;
         if (readAll) header = bundle.readHeader(library);
-        if (!header) header = library.status(bundle.headerFile());
+        if (!header) header = library.status(bundle.headerFile().c_str());
         bundle.modified = modificationDate(library, bundle.name, header);
     });
     std::erase_if(bundles, [](const Bundle& bundle) { return !bundle.modified; });

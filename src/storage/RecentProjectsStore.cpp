@@ -50,7 +50,8 @@ std::optional<RecordingKind> kindOf(const Header& header) {
 std::optional<RecentProject> entryIn(const OpenFolder& library, const fs::path& bundleURL) {
     const std::string name = bundleURL.filename();
     // A file of that name has no recording below it.
-    if (!ProjectBundle::hasBundleExtension(name) || !library.status(name + '/' + ProjectBundle::kRecordingFile))
+    if (!ProjectBundle::hasBundleExtension(name) ||
+        !library.status((name + '/' + ProjectBundle::kRecordingFile).c_str()))
         return std::nullopt;
     const auto header = readHeader(library, name);
     if (!header) return std::nullopt;
