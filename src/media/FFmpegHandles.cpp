@@ -37,6 +37,17 @@ FrameHandle newFrame() {
     return frame;
 }
 
+CodecHandle openedDecoder(const AVStream& stream, const std::function<void(AVCodecContext& decoder)>& configure) {
+    const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
+    if (codec == nullptr) return nullptr;
+    CodecHandle decoder(avcodec_alloc_context3(codec));
+    if (decoder == nullptr) throw std::bad_alloc();
+    if (avcodec_parameters_to_context(decoder.get(), stream.codecpar) < 0) return nullptr;
+    decoder->pkt_timebase = stream.time_base;
+    configure(*decoder);
+    return avcodec_open2(decoder.get(), codec, nullptr) < 0 ? nullptr : std::move(decoder);
+}
+
 void keepFFmpegQuiet() { av_log_set_level(AV_LOG_QUIET); }
 
 std::string ffmpegReason(int code) {

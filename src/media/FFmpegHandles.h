@@ -1,6 +1,7 @@
 // The FFmpeg objects that this folder owns, each as a move-only handle that frees itself.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -10,6 +11,7 @@ struct AVFormatContext;
 struct AVFrame;
 struct AVIOContext;
 struct AVPacket;
+struct AVStream;
 struct SwsContext;
 
 namespace morvelin {
@@ -42,6 +44,10 @@ using OutputHandle = std::unique_ptr<AVFormatContext, FreeOutput>;
 /// Memory that ran out is no error that anybody could handle: these throw `std::bad_alloc`.
 [[nodiscard]] PacketHandle newPacket();
 [[nodiscard]] FrameHandle newFrame();
+
+/// A decoder for a stream, opened after `configure` has set what it likes; null where none opens.
+[[nodiscard]] CodecHandle openedDecoder(const AVStream& stream,
+                                        const std::function<void(AVCodecContext& decoder)>& configure);
 
 /// FFmpeg's own log would go to standard error; what matters comes back as errors.
 void keepFFmpegQuiet();

@@ -231,15 +231,11 @@ MovieIndex readIndex(AVFormatContext& input, AVStream& stream) {
 }
 
 CodecHandle openDecoder(const AVStream& stream, int threads) {
-    const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
-    if (codec == nullptr) return nullptr;
-    CodecHandle decoder(avcodec_alloc_context3(codec));
-    if (decoder == nullptr) throw std::bad_alloc();
-    if (avcodec_parameters_to_context(decoder.get(), stream.codecpar) < 0) return nullptr;
-    decoder->pkt_timebase = stream.time_base;
-    decoder->thread_count = threads > 0 ? threads : std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
-    decoder->err_recognition |= AV_EF_EXPLODE; // a patched-up picture must not pass for the real one
-    return avcodec_open2(decoder.get(), codec, nullptr) < 0 ? nullptr : std::move(decoder);
+    return openedDecoder(stream, [threads](AVCodecContext& decoder) {
+        const int cores = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+        decoder.thread_count = threads > 0 ? threads : cores;
+        decoder.err_recognition |= AV_EF_EXPLODE; // a patched-up picture must not pass for the real one
+    });
 }
 
 int quarterTurnsOf(const AVStream& stream) {

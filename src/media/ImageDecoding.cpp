@@ -72,16 +72,11 @@ InputHandle openInput(const std::filesystem::path& file, const Form& form) {
 }
 
 CodecHandle openDecoder(const AVStream& stream, const Form& form) {
-    const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
-    if (codec == nullptr) return nullptr;
-    CodecHandle decoder(avcodec_alloc_context3(codec));
-    if (decoder == nullptr) throw std::bad_alloc();
-    if (avcodec_parameters_to_context(decoder.get(), stream.codecpar) < 0) return nullptr;
-    decoder->pkt_timebase = stream.time_base;
-    decoder->max_pixels = form.mostPixels;
-    // A picture with a part missing must not pass for the real one.
-    if (form.decoding == Decoding::Strict) decoder->err_recognition |= AV_EF_EXPLODE;
-    return avcodec_open2(decoder.get(), codec, nullptr) < 0 ? nullptr : std::move(decoder);
+    return openedDecoder(stream, [&form](AVCodecContext& decoder) {
+        decoder.max_pixels = form.mostPixels;
+        // A picture with a part missing must not pass for the real one.
+        if (form.decoding == Decoding::Strict) decoder.err_recognition |= AV_EF_EXPLODE;
+    });
 }
 
 /// The file's first picture; null when it is damaged.
