@@ -6,7 +6,7 @@
 #include "render/EventsSidecar.h"
 #include "render/ExportFolder.h"
 #include "render/Film.h"
-#include "render/FilmRenderer.h"
+#include "render/MovieExport.h"
 #include "render/ProjectFilm.h"
 
 namespace morvelin {
@@ -26,34 +26,6 @@ VideoSettings settingsOf(const ExportRequest& request, const MovieProperties& mo
 
 FilmStyle styleOf(ExportPurpose purpose) {
     return purpose == ExportPurpose::ForAI ? FilmStyle::Plain : FilmStyle::OfProject;
-}
-
-MovieSettings movieSettings(const fs::path& path, const VideoSettings& settings) {
-    MovieSettings movie;
-    movie.path = path;
-    movie.size = settings.size;
-    movie.frameRate = settings.frameRate;
-    movie.bitRate = settings.bitRate;
-    return movie;
-}
-
-/// Renders the whole film into a new movie file.
-Result<void, ExportError> writeFilm(const Film& film, const FilmReaders& readers, MovieWriter& writer,
-                                    const fs::path& target, const ExportEngine::ProgressHandler& progress,
-                                    const std::stop_token& stop) {
-    const std::int64_t frameCount = film.frameCount();
-    Compositor compositor(film.instruction, Subsampling::Quarter);
-    const auto append = [&](std::int64_t number, const ComposedFrame& frame) -> Result<void, ExportError> {
-        auto appended = writer.append(frame.picture, film.frameTime(number).sinceZero(), frame.changed);
-        if (!appended) return failure(ExportError::from(appended.error(), target));
-        if (progress) progress({number + 1, frameCount});
-        return {};
-    };
-    if (auto rendered = renderPart(film, {0, frameCount}, readers, compositor, append, stop); !rendered)
-        return rendered;
-    if (auto finished = writer.finish(film.length()); !finished)
-        return failure(ExportError::from(finished.error(), target));
-    return {};
 }
 
 /// A sidecar that can't be written is no failure of the export.
@@ -109,13 +81,13 @@ Result<ExportedFiles, ExportError> ExportEngine::exportProject(const ProjectBund
     if (!target) return failure(target.error());
     auto folder = ExportFolder::create(*target, m_services.ids);
     if (!folder) return failure(folder.error());
-    {
-        const auto writer = m_services.writers.create(movieSettings(folder->file(), settings));
-        if (!writer) return failure(ExportError::from(writer.error(), *target));
-        auto written = writeFilm(*film, {*movies->recording, movies->camera.get(), m_services.log}, **writer, *target,
-                                 progress, stopper.get_token());
-        if (!written) return failure(written.error());
-    }
+    const MovieExport movie{
+        *film, {*movies->recording, movies->camera.get(), m_services.log}, settings, folder->file(), *target};
+    const auto done = [&progress, count = film->frameCount()](std::int64_t frames) {
+        if (progress) progress({frames, count});
+    };
+    if (auto written = writeMovie(movie, m_services.writers, done, stopper.get_token()); !written)
+        return failure(written.error());
     if (stopper.stop_requested()) return failure(errorOf(Kind::Stopped));
     if (auto placed = folder->takePlace(); !placed) return failure(placed.error());
 
