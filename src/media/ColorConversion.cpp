@@ -184,26 +184,30 @@ PixelBox grown(PixelBox box, PixelSize size) {
     return {left, top, right - left, bottom - top};
 }
 
-/// Chroma of one row of pixels around grey, in units of 1/8.
-void chromaRow(PlaneView<const std::uint8_t> plane, int y, Subsampling subsampling, std::span<int> row) {
+/// Chroma around grey, in units of 1/8, of the box's columns in one row; `row` has room for a column more on each side.
+std::span<const int> chromaRow(PlaneView<const std::uint8_t> plane, int y, Subsampling subsampling, const PixelBox& box,
+                               std::span<int> row) {
     constexpr int kGrey = 8 * 128;
+    const auto width = static_cast<std::size_t>(box.width);
     switch (subsampling) {
     case Subsampling::None:
-        std::ranges::transform(std::span(plane.row(y), row.size()), row.begin(),
+        std::ranges::transform(std::span(plane.row(y) + box.x, width), row.begin(),
                                [](std::uint8_t sample) { return 8 * sample - kGrey; });
-        break;
+        return row.first(width);
     case Subsampling::Quarter: {
         const std::uint8_t* near = plane.row(y / 2);
         const std::uint8_t* far = plane.row(std::clamp(y % 2 == 0 ? y / 2 - 1 : y / 2 + 1, 0, plane.height - 1));
-        for (int x = 0; x < plane.width; ++x) {
+        const int first = box.x / 2;
+        for (int x = first; 2 * x < box.right(); ++x) {
             const int next = std::min(x + 1, plane.width - 1);
             const int here = 3 * near[x] + far[x];
-            row[static_cast<std::size_t>(2 * x)] = 2 * here - kGrey;
-            row[static_cast<std::size_t>(2 * x + 1)] = here + 3 * near[next] + far[next] - kGrey;
+            row[static_cast<std::size_t>(2 * (x - first))] = 2 * here - kGrey;
+            row[static_cast<std::size_t>(2 * (x - first) + 1)] = here + 3 * near[next] + far[next] - kGrey;
         }
-        break;
+        return row.subspan(static_cast<std::size_t>(box.x % 2), width);
     }
     }
+    return {};
 }
 
 /// One row of opaque pixels; the weights are those of BT.709's inverse in units of 2^-16, for chroma of 2^-13.
@@ -240,17 +244,19 @@ PixelBox convertToPicture(const ScreenPixels& pixels, PixelBox box, Picture& pic
     return target;
 }
 
+void convertToPixels(const Picture& picture, const PixelBox& box, std::uint8_t* pixels, std::ptrdiff_t stride) {
+    std::vector<int> cb(static_cast<std::size_t>(box.width) + 2);
+    std::vector<int> cr(cb.size());
+    for (int y = box.y; y < box.bottom(); ++y)
+        pixelRow(picture.plane(0).row(y) + box.x, chromaRow(picture.plane(1), y, picture.subsampling(), box, cb),
+                 chromaRow(picture.plane(2), y, picture.subsampling(), box, cr), pixels + (y - box.y) * stride);
+}
+
 Image imageOf(const Picture& picture) {
     const PixelSize size = picture.size();
-    const auto width = static_cast<std::size_t>(size.width);
-    Image image{size, std::vector<std::uint8_t>(4 * width * static_cast<std::size_t>(size.height))};
-    std::vector<int> cb(width);
-    std::vector<int> cr(width);
-    for (int y = 0; y < size.height; ++y) {
-        chromaRow(picture.plane(1), y, picture.subsampling(), cb);
-        chromaRow(picture.plane(2), y, picture.subsampling(), cr);
-        pixelRow(picture.plane(0).row(y), cb, cr, image.pixels.data() + 4 * width * static_cast<std::size_t>(y));
-    }
+    const std::ptrdiff_t stride = 4 * static_cast<std::ptrdiff_t>(size.width);
+    Image image{size, std::vector<std::uint8_t>(static_cast<std::size_t>(stride * size.height))};
+    convertToPixels(picture, {0, 0, size.width, size.height}, image.pixels.data(), stride);
     return image;
 }
 

@@ -1,6 +1,9 @@
 // From the screen's pixels to the codec's planes and back. Pure; called by the recorder for each changed box.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "platform/Picture.h"
 
 namespace morvelin {
@@ -13,7 +16,11 @@ namespace morvelin {
 /// the rest is left out.
 PixelBox convertToPicture(const ScreenPixels& pixels, PixelBox box, Picture& picture);
 
-/// The picture as opaque pixels; chroma of 4:2:0 is interpolated linearly between its samples.
+/// The box of the picture, which it lies in, as opaque pixels, B G R A in memory, with `stride` bytes from row to row;
+/// chroma of 4:2:0 is interpolated linearly between its samples.
+void convertToPixels(const Picture& picture, const PixelBox& box, std::uint8_t* pixels, std::ptrdiff_t stride);
+
+/// The same for the whole picture.
 [[nodiscard]] Image imageOf(const Picture& picture);
 
 } // namespace morvelin

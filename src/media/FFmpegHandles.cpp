@@ -6,6 +6,7 @@
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
+#include <libswresample/swresample.h>
 #include <libswscale/swscale.h>
 }
 
@@ -15,6 +16,7 @@ void FreeFFmpeg::operator()(AVBufferRef* buffer) const { av_buffer_unref(&buffer
 void FreeFFmpeg::operator()(AVCodecContext* codec) const { avcodec_free_context(&codec); }
 void FreeFFmpeg::operator()(AVFrame* frame) const { av_frame_free(&frame); }
 void FreeFFmpeg::operator()(AVPacket* packet) const { av_packet_free(&packet); }
+void FreeFFmpeg::operator()(SwrContext* resampler) const { swr_free(&resampler); }
 void FreeFFmpeg::operator()(SwsContext* scaler) const { sws_freeContext(scaler); }
 
 void FreeFFmpeg::operator()(AVIOContext* io) const {

@@ -12,6 +12,7 @@ struct AVFrame;
 struct AVIOContext;
 struct AVPacket;
 struct AVStream;
+struct SwrContext;
 struct SwsContext;
 
 namespace morvelin {
@@ -22,6 +23,7 @@ struct FreeFFmpeg {
     void operator()(AVFrame* frame) const;
     void operator()(AVIOContext* io) const;
     void operator()(AVPacket* packet) const;
+    void operator()(SwrContext* resampler) const;
     void operator()(SwsContext* scaler) const;
 };
 
@@ -37,6 +39,7 @@ using CodecHandle = std::unique_ptr<AVCodecContext, FreeFFmpeg>;
 using FrameHandle = std::unique_ptr<AVFrame, FreeFFmpeg>;
 using IOHandle = std::unique_ptr<AVIOContext, FreeFFmpeg>;
 using PacketHandle = std::unique_ptr<AVPacket, FreeFFmpeg>;
+using ResamplerHandle = std::unique_ptr<SwrContext, FreeFFmpeg>;
 using ScalerHandle = std::unique_ptr<SwsContext, FreeFFmpeg>;
 using InputHandle = std::unique_ptr<AVFormatContext, CloseInput>;
 using OutputHandle = std::unique_ptr<AVFormatContext, FreeOutput>;

@@ -26,8 +26,8 @@ constexpr AVPixelFormat kUploadFormat = AV_PIX_FMT_NV12; // what all of them tak
 
 /// An encoder that may be there, and what it must be told to answer each frame at once.
 struct Candidate {
-    const char* name;
-    fs::path device; ///< empty: the encoder finds its device by itself
+    const char* codec; ///< as FFmpeg calls it
+    fs::path device;   ///< empty: the encoder finds its device by itself
     std::vector<std::pair<const char*, const char*>> options;
 };
 
@@ -52,6 +52,11 @@ std::vector<Candidate> candidates() {
     for (const fs::path& node : nodes) found.push_back({"h264_vaapi", node, {{"async_depth", "1"}}});
     if (!nodes.empty()) found.push_back({"h264_qsv", {}, {{"async_depth", "1"}, {"forced_idr", "1"}}});
     return found;
+}
+
+std::string nameOf(const Candidate& candidate) {
+    if (candidate.device.empty()) return candidate.codec;
+    return fmt::format("{}@{}", candidate.codec, candidate.device.string());
 }
 
 void setStream(AVCodecContext& codec, const VideoEncoderSettings& settings) {
@@ -115,24 +120,57 @@ FFmpegHardwareEncoder::FFmpegHardwareEncoder(CodecHandle codec, BufferHandle fra
       m_keyFrameTicks(std::llround(settings.keyFrameInterval.value / settings.timeBase().value())),
       m_packet(newPacket()) {}
 
-std::unique_ptr<FFmpegHardwareEncoder> FFmpegHardwareEncoder::open(const VideoEncoderSettings& settings) {
+std::vector<std::string> hardwareEncoders() {
+    std::vector<std::string> names;
+    for (const Candidate& candidate : candidates()) names.push_back(nameOf(candidate));
+    return names;
+}
+
+bool canEncode(const std::string& hardwareEncoder) {
+    constexpr int kPictures = 5;
+    const VideoEncoderSettings settings{.size = {1280, 720},
+                                        .pace = MovieSettings::Pace::RealTime,
+                                        .transfer = MovieSettings::Transfer::SRGB,
+                                        .bitRate = 12'000'000};
+    keepFFmpegQuiet();
+    const auto encoder = FFmpegHardwareEncoder::open(hardwareEncoder, settings);
+    if (encoder == nullptr) return false;
+    int coded = 0;
+    const PacketSink count = [&](const EncodedPacket& packet) -> Result<void, MovieWriterError> {
+        coded += packet.bytes.empty() ? 0 : 1;
+        return {};
+    };
+    Picture picture(settings.size, Subsampling::Quarter);
+    for (int index = 0; index < kPictures; ++index) {
+        for (int plane = 0; plane < 3; ++plane)
+            for (int y = 0; y < picture.plane(plane).height; ++y)
+                std::fill_n(picture.plane(plane).row(y), picture.plane(plane).width,
+                            static_cast<std::uint8_t>(40 * index + y % 40));
+        if (!encoder->encode(picture, index * 1500, {}, count)) return false;
+    }
+    return encoder->drain(count) && coded == kPictures;
+}
+
+std::unique_ptr<FFmpegHardwareEncoder> FFmpegHardwareEncoder::open(const std::string& name,
+                                                                   const VideoEncoderSettings& settings) {
     for (const Candidate& candidate : candidates()) {
-        const AVCodec* encoder = avcodec_find_encoder_by_name(candidate.name);
-        if (encoder == nullptr) continue;
+        if (nameOf(candidate) != name) continue;
+        const AVCodec* encoder = avcodec_find_encoder_by_name(candidate.codec);
+        if (encoder == nullptr) return nullptr;
         CodecHandle codec(avcodec_alloc_context3(encoder));
         if (codec == nullptr) throw std::bad_alloc();
         setStream(*codec, settings);
         BufferHandle frames;
         if (!candidate.device.empty()) {
             frames = deviceFrames(candidate.device, settings.size);
-            if (frames == nullptr) continue;
+            if (frames == nullptr) return nullptr;
             codec->pix_fmt = AV_PIX_FMT_VAAPI;
             codec->hw_frames_ctx = av_buffer_ref(frames.get());
         }
         for (const auto& [option, value] : candidate.options) av_opt_set(codec->priv_data, option, value, 0);
-        if (avcodec_open2(codec.get(), encoder, nullptr) < 0) continue;
+        if (avcodec_open2(codec.get(), encoder, nullptr) < 0) return nullptr;
         // The file's header is written before the first frame and needs the parameter sets.
-        if (codec->extradata_size == 0) continue;
+        if (codec->extradata_size == 0) return nullptr;
         return std::unique_ptr<FFmpegHardwareEncoder>(
             new FFmpegHardwareEncoder(std::move(codec), std::move(frames), settings));
     }

@@ -4,18 +4,27 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <string>
+#include <vector>
 
 #include "media/FFmpegHandles.h"
 #include "media/VideoEncoder.h"
 
 namespace morvelin {
 
-/// One hardware encoder: NVENC, VA-API or Quick Sync, the first that opens.
+/// The names of the encoders that this machine may have, the best first: NVENC, VA-API, Quick Sync. Looks at device nodes
+/// only, so that no driver is loaded.
+[[nodiscard]] std::vector<std::string> hardwareEncoders();
+
+/// Whether the encoder of that name codes pictures. A driver that is broken may crash or hang in here.
+[[nodiscard]] bool canEncode(const std::string& hardwareEncoder);
+
+/// One hardware encoder.
 class FFmpegHardwareEncoder final : public VideoEncoder {
 public:
-    /// Nothing when this machine has no such encoder or none opens with these settings. Looks at device nodes first, so
-    /// that a machine without hardware loads no driver.
-    [[nodiscard]] static std::unique_ptr<FFmpegHardwareEncoder> open(const VideoEncoderSettings& settings);
+    /// Nothing when this machine has no such encoder or it doesn't open with these settings.
+    [[nodiscard]] static std::unique_ptr<FFmpegHardwareEncoder> open(const std::string& name,
+                                                                     const VideoEncoderSettings& settings);
 
     [[nodiscard]] std::span<const std::uint8_t> parameterSets() const override;
     Result<void, MovieWriterError> encode(const Picture& picture, std::int64_t time, std::span<const PixelBox> changed,

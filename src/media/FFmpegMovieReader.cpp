@@ -1,15 +1,11 @@
 #include "media/FFmpegMovieReader.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <thread>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -21,8 +17,8 @@ extern "C" {
 #include <libavutil/display.h>
 }
 
-#include "media/CutOffMovie.h"
 #include "media/FFmpegHandles.h"
+#include "media/FFmpegInput.h"
 #include "media/FrameConversion.h"
 #include "media/MovieIndex.h"
 
@@ -163,38 +159,6 @@ std::unexpected<MovieReaderError> FFmpegMovieReader::damagedNear(std::int64_t nu
                                                                       m_track.index.startOf(known).value)});
 }
 
-bool isCutOff(int code) { return code == AVERROR_INVALIDDATA || code == AVERROR_EOF; }
-
-MovieReaderError openError(const std::string& name, int code) {
-    if (isCutOff(code))
-        return {Kind::CannotOpen, fmt::format("“{}” is no movie, or it is cut off before its index.", name)};
-    return {Kind::CannotOpen, fmt::format("“{}” could not be opened: {}.", name, ffmpegReason(code))};
-}
-
-/// What FFmpeg's opening gave, and its code.
-std::pair<InputHandle, int> openedAs(const std::string& url) {
-    AVFormatContext* context = avformat_alloc_context();
-    if (context == nullptr) throw std::bad_alloc();
-    context->flags |= AVFMT_FLAG_DISCARD_CORRUPT; // a frame whose end is missing is no frame
-    context->fps_probe_size = 0;                  // the index tells the rate
-    const int code = avformat_open_input(&context, url.c_str(), nullptr, nullptr);
-    return {InputHandle(context), code};
-}
-
-Result<InputHandle, MovieReaderError> openInput(const std::filesystem::path& path, const std::string& name) {
-    // The prefix keeps a colon in the path from being read as a protocol.
-    const std::string url = "file:" + path.string();
-    auto [input, code] = openedAs(url);
-    // One that ends inside a fragment's header is refused whole: it is read up to there.
-    if (isCutOff(code))
-        if (const auto end = startOfCutOffFragment(path))
-            std::tie(input, code) = openedAs(fmt::format("subfile,,start,0,end,{},,:{}", *end, url));
-    if (code < 0) return failure(openError(name, code));
-    if (const int found = avformat_find_stream_info(input.get(), nullptr); found < 0)
-        return failure(openError(name, found));
-    return std::move(input);
-}
-
 /// When the frame with the last packet ends. In fragments the demuxer leaves each packet's duration to a guess, but
 /// knows the next frame, even when its bytes are cut off, or else the end of the track.
 std::int64_t endOfLastFrame(AVFormatContext& input, AVStream& stream, const IndexedFrame& last,
@@ -254,13 +218,12 @@ bool hasAudioTrack(const AVFormatContext& input) {
 }
 
 Result<OpenTrack, MovieReaderError> openTrack(const std::filesystem::path& path, const std::string& name, int threads) {
-    auto input = openInput(path, name);
-    if (!input) return passOn(std::move(input));
+    auto input = openInput(path);
+    if (!input) return failure(MovieReaderError{Kind::CannotOpen, input.error()});
     AVFormatContext& context = **input;
     const int best = av_find_best_stream(&context, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
     if (best < 0) return failure(MovieReaderError{Kind::NoVideoTrack, fmt::format("“{}” has no video track.", name)});
-    for (unsigned index = 0; index < context.nb_streams; ++index)
-        if (static_cast<int>(index) != best) context.streams[index]->discard = AVDISCARD_ALL;
+    readOnly(context, best);
 
     AVStream& stream = *context.streams[best];
     OpenTrack track;
@@ -283,7 +246,6 @@ Result<OpenTrack, MovieReaderError> openTrack(const std::filesystem::path& path,
 
 Result<std::unique_ptr<MovieReader>, MovieReaderError> FFmpegMovieReaderFactory::open(
     const std::filesystem::path& path) {
-    keepFFmpegQuiet();
     const std::string name = path.filename().string();
     auto track = openTrack(path, name, m_options.threads);
     if (!track) return passOn(std::move(track));

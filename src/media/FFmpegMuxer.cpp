@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
+#include <limits>
 #include <new>
 #include <system_error>
 #include <utility>
@@ -16,7 +18,7 @@ extern "C" {
 #include <libavutil/opt.h>
 }
 
-#include "media/FragmentDuration.h"
+#include "media/MovieBoxes.h"
 
 namespace morvelin {
 
@@ -27,6 +29,15 @@ constexpr int kBufferSize = 256 * 1024;
 constexpr Seconds kFirstFragment{0.1};
 constexpr Seconds kLongestFragment{1};
 constexpr std::int64_t kFirstFragmentBytes = 64 * 1024;
+/// Sound lies in the file in stretches of this length, each behind its picture: a piece of the index for each.
+constexpr Seconds kSoundStretch{0.5};
+constexpr Seconds kAllTime{std::numeric_limits<double>::infinity()};
+
+/// FFmpeg numbers the tracks in the order in which it gets them.
+constexpr std::uint32_t kPictureTrack = 1;
+constexpr std::uint32_t soundTrackID(std::size_t track) {
+    return kPictureTrack + 1 + static_cast<std::uint32_t>(track);
+}
 
 const char* formatName(MovieSettings::Container container) {
     switch (container) {
@@ -54,6 +65,13 @@ MovieWriterError creationError(const std::filesystem::path& path, int systemErro
             systemError};
 }
 
+void setExtradata(AVCodecParameters& parameters, std::span<const std::uint8_t> bytes) {
+    parameters.extradata = static_cast<std::uint8_t*>(av_mallocz(bytes.size() + AV_INPUT_BUFFER_PADDING_SIZE));
+    if (parameters.extradata == nullptr) throw std::bad_alloc();
+    std::ranges::copy(bytes, parameters.extradata);
+    parameters.extradata_size = static_cast<int>(bytes.size());
+}
+
 void setParameters(AVCodecParameters& parameters, const VideoTrackFormat& format) {
     parameters.codec_type = AVMEDIA_TYPE_VIDEO;
     parameters.codec_id = AV_CODEC_ID_H264;
@@ -64,34 +82,56 @@ void setParameters(AVCodecParameters& parameters, const VideoTrackFormat& format
     parameters.color_primaries = AVCOL_PRI_BT709;
     parameters.color_space = AVCOL_SPC_BT709;
     parameters.color_trc = format.transfer == MovieSettings::Transfer::SRGB ? AVCOL_TRC_IEC61966_2_1 : AVCOL_TRC_BT709;
-    const std::size_t size = format.parameterSets.size();
-    parameters.extradata = static_cast<std::uint8_t*>(av_mallocz(size + AV_INPUT_BUFFER_PADDING_SIZE));
-    if (parameters.extradata == nullptr) throw std::bad_alloc();
-    std::memcpy(parameters.extradata, format.parameterSets.data(), size);
-    parameters.extradata_size = static_cast<int>(size);
+    setExtradata(parameters, format.parameterSets);
+}
+
+void setParameters(AVCodecParameters& parameters, const SoundTrackFormat& format) {
+    parameters.codec_type = AVMEDIA_TYPE_AUDIO;
+    parameters.codec_id = AV_CODEC_ID_AAC;
+    parameters.format = AV_SAMPLE_FMT_FLTP;
+    parameters.sample_rate = kSoundRate;
+    parameters.bit_rate = format.bitRate;
+    parameters.frame_size = format.packetLength;
+    parameters.initial_padding = format.priming;
+    av_channel_layout_default(&parameters.ch_layout, kSoundChannels);
+    setExtradata(parameters, format.configuration);
 }
 
 AVRational toAV(Rational rational) { return {rational.numerator, rational.denominator}; }
 
+std::int64_t bigEndian(std::span<const std::uint8_t, 4> bytes) {
+    return std::int64_t{bytes[0]} << 24 | bytes[1] << 16 | bytes[2] << 8 | bytes[3];
+}
+
+/// The `moof` box that begins at this offset.
+Result<std::vector<std::uint8_t>, int> readFragmentHeader(const OutputFile& file, std::int64_t offset) {
+    std::array<std::uint8_t, 4> size{};
+    if (auto read = file.readAt(offset, size); !read) return passOn(std::move(read));
+    std::vector<std::uint8_t> header(static_cast<std::size_t>(bigEndian(size)));
+    if (auto read = file.readAt(offset, header); !read) return passOn(std::move(read));
+    return header;
+}
+
 } // namespace
 
-FFmpegMuxer::FFmpegMuxer(OutputFile file, MovieSettings::Container container, const VideoTrackFormat& format)
+FFmpegMuxer::FFmpegMuxer(OutputFile file, MovieSettings::Container container, const VideoTrackFormat& picture)
     : m_file(std::move(file)),
       m_container(container),
-      m_timeBase(format.timeBase),
-      m_frameTicks(std::max<std::int64_t>(1, std::llround(1 / (format.frameRate * format.timeBase.value())))),
+      m_timeBase(picture.timeBase),
+      m_frameTicks(std::max<std::int64_t>(1, std::llround(1 / (picture.frameRate * picture.timeBase.value())))),
       m_held(newPacket()) {}
 
 FFmpegMuxer::~FFmpegMuxer() = default;
 
 Result<std::unique_ptr<FFmpegMuxer>, MovieWriterError> FFmpegMuxer::create(const std::filesystem::path& path,
                                                                            MovieSettings::Container container,
-                                                                           const VideoTrackFormat& format) {
+                                                                           const VideoTrackFormat& picture,
+                                                                           std::span<const SoundTrackFormat> sound) {
     auto file = OutputFile::create(path);
     if (!file) return failure(creationError(path, file.error()));
-    std::unique_ptr<FFmpegMuxer> muxer(new FFmpegMuxer(std::move(*file), container, format));
-    int code = muxer->openContainer(format);
-    if (code >= 0) code = muxer->writeHeader();
+    std::unique_ptr<FFmpegMuxer> muxer(new FFmpegMuxer(std::move(*file), container, picture));
+    int code = muxer->openContainer(picture, sound);
+    if (code >= 0) code = muxer->writeHeader(sound);
     if (auto opened = muxer->check(code); !opened) {
         std::error_code ignored;
         if (std::filesystem::is_regular_file(path, ignored)) std::filesystem::remove(path, ignored);
@@ -100,7 +140,7 @@ Result<std::unique_ptr<FFmpegMuxer>, MovieWriterError> FFmpegMuxer::create(const
     return muxer;
 }
 
-int FFmpegMuxer::openContainer(const VideoTrackFormat& format) {
+int FFmpegMuxer::openContainer(const VideoTrackFormat& picture, std::span<const SoundTrackFormat> sound) {
     AVFormatContext* output = nullptr;
     // The prefix keeps a colon in the path from being read as a protocol.
     const std::string url = "file:" + m_file.path().string();
@@ -116,15 +156,22 @@ int FFmpegMuxer::openContainer(const VideoTrackFormat& format) {
     output->flags |= AVFMT_FLAG_CUSTOM_IO | AVFMT_FLAG_BITEXACT;
     output->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;
 
-    m_track = avformat_new_stream(output, nullptr);
-    if (m_track == nullptr) throw std::bad_alloc();
-    m_track->time_base = toAV(format.timeBase);
-    m_track->avg_frame_rate = toAV(exactFrameRate(format.frameRate));
-    setParameters(*m_track->codecpar, format);
+    const auto addTrack = [output](const auto& format, AVRational timeBase) {
+        AVStream* track = avformat_new_stream(output, nullptr);
+        if (track == nullptr) throw std::bad_alloc();
+        track->time_base = timeBase;
+        setParameters(*track->codecpar, format);
+        return track;
+    };
+    m_track = addTrack(picture, toAV(picture.timeBase));
+    m_track->avg_frame_rate = toAV(exactFrameRate(picture.frameRate));
+    // Fragments count from 0, priming included; the header says where it ends.
+    for (const SoundTrackFormat& format : sound)
+        m_sound.emplace_back(*addTrack(format, {1, kSoundRate}), isFragmented() ? format.priming : 0);
     return 0;
 }
 
-int FFmpegMuxer::writeHeader() {
+int FFmpegMuxer::writeHeader(std::span<const SoundTrackFormat> sound) {
     AVDictionary* options = nullptr;
     if (isFragmented()) {
         // Fragments end where we say; each says by itself where its bytes and its times begin.
@@ -133,12 +180,25 @@ int FFmpegMuxer::writeHeader() {
     } else {
         av_dict_set(&options, "movflags", "+faststart", 0);
     }
-    const int code = avformat_write_header(m_output.get(), &options);
+    int code = avformat_write_header(m_output.get(), &options);
     av_dict_free(&options);
     if (code < 0) return code;
     avio_flush(m_io.get());
+    if (isFragmented() && !sound.empty() && m_systemError == 0) code = writePriming(sound);
     m_committedSize = m_file.size();
-    return 0;
+    return code;
+}
+
+/// Says how much of each track of sound is priming, which FFmpeg leaves out of a header that comes before its samples.
+int FFmpegMuxer::writePriming(std::span<const SoundTrackFormat> sound) {
+    std::vector<std::uint8_t> header(static_cast<std::size_t>(m_file.size()));
+    if (const auto read = m_file.readAt(0, header); !read) return AVERROR(read.error());
+    for (std::size_t track = 0; track < sound.size(); ++track)
+        header = withPriming(header, soundTrackID(track), static_cast<std::uint32_t>(sound[track].priming));
+    avio_seek(m_io.get(), 0, SEEK_SET);
+    avio_write(m_io.get(), header.data(), static_cast<int>(header.size()));
+    avio_flush(m_io.get());
+    return m_io->error;
 }
 
 int FFmpegMuxer::writeCallback(void* self, std::uint8_t* bytes, int count) {
@@ -170,8 +230,7 @@ Result<void, MovieWriterError> FFmpegMuxer::write(const EncodedPacket& packet) {
     int code = 0;
     if (m_guess) code = correctGuess(packet.decodingTime);
     if (code >= 0 && m_isHolding) code = writeHeldPacket(packet.decodingTime - m_held->dts);
-    if (code >= 0 && isFragmented() && m_fragmentStart && (packet.isKeyFrame || holdsEnough(packet.decodingTime)))
-        code = endFragment();
+    if (code >= 0 && isFragmented() && m_fragmentStart && (packet.isKeyFrame || holdsEnough())) code = endFragment();
     if (auto checked = check(code); !checked) return checked;
 
     if (av_new_packet(m_held.get(), static_cast<int>(packet.bytes.size())) < 0) throw std::bad_alloc();
@@ -183,17 +242,37 @@ Result<void, MovieWriterError> FFmpegMuxer::write(const EncodedPacket& packet) {
     return {};
 }
 
+Result<void, MovieWriterError> FFmpegMuxer::writeSound(std::size_t track, const EncodedSound& packet) {
+    if (m_error) return failure(*m_error);
+    m_sound.at(track).add(packet);
+    return isFragmented() && holdsEnough() ? flushFragment() : Result<void, MovieWriterError>();
+}
+
 Result<void, MovieWriterError> FFmpegMuxer::flushFragment() {
     if (m_error) return failure(*m_error);
-    if (!isFragmented() || !m_isHolding) return {};
-    const std::int64_t frameTime = m_held->dts;
+    return isFragmented() ? check(commitFragment()) : Result<void, MovieWriterError>();
+}
+
+/// Brings all that there is into the file, with a guess of how long the last picture lasts: at least as long as the
+/// sound beside it.
+int FFmpegMuxer::commitFragment() {
+    if (!m_isHolding && !m_fragmentStart && !hasWaitingSound()) return 0;
+    Seconds soundEnd;
+    for (const SoundQueue& sound : m_sound) soundEnd = std::max(soundEnd, sound.end());
+    if (!m_isHolding) {
+        const int code = endFragment();
+        if (code < 0 || !m_guess) return code;
+        const std::int64_t heard = ticksOf(soundEnd) - m_guess->frameTime;
+        return heard > m_guess->duration ? setGuess(heard) : 0;
+    }
     const std::int64_t fragmentOffset = m_committedSize;
-    // Frames of one length share a single number in the file; the last one gets a number of its own, to be set right.
-    const std::int64_t guess = m_fragmentStart && m_firstDuration == m_frameTicks ? m_frameTicks + 1 : m_frameTicks;
-    int code = writeHeldPacket(guess);
+    const GuessedDuration guess{m_held->dts, std::max(m_frameTicks, ticksOf(soundEnd) - m_held->dts), 0};
+    // The container would move a next frame that comes before the end of this one, so it hears of a tick. Frames of one
+    // length share a single number in the file; the last one gets a number of its own, which is set right.
+    int code = writeHeldPacket(m_fragmentStart && m_firstDuration == 1 ? 2 : 1);
     if (code >= 0) code = endFragment();
-    if (code >= 0) code = noteGuess(frameTime, fragmentOffset);
-    return check(code);
+    if (code >= 0) code = guessDuration(guess, fragmentOffset);
+    return code;
 }
 
 Result<void, MovieWriterError> FFmpegMuxer::finish(std::int64_t end) {
@@ -201,11 +280,13 @@ Result<void, MovieWriterError> FFmpegMuxer::finish(std::int64_t end) {
         (void)m_file.sync(); // what was kept shall be safe; the error is already told
         return failure(*m_error);
     }
+    for (SoundQueue& sound : m_sound) sound.cut(soundSamples(secondsOf(end)));
     int code = 0;
     if (isFragmented()) {
         code = completeFragments(end);
     } else {
         if (m_isHolding) code = writeHeldPacket(end - m_held->dts);
+        if (code >= 0) code = writeWaitingSound(kAllTime);
         if (code >= 0) code = av_write_trailer(m_output.get());
         avio_flush(m_io.get());
     }
@@ -220,7 +301,8 @@ Result<void, MovieWriterError> FFmpegMuxer::finish(std::int64_t end) {
 int FFmpegMuxer::completeFragments(std::int64_t end) {
     int code = m_guess ? correctGuess(end) : 0;
     if (code >= 0 && m_isHolding) code = writeHeldPacket(end - m_held->dts);
-    if (code >= 0 && m_fragmentStart) code = endFragment();
+    if (code >= 0 && (m_fragmentStart || hasWaitingSound())) code = endFragment();
+    if (code >= 0) code = cutCommittedSound(secondsOf(end));
     if (code < 0 || m_systemError != 0) return code;
 
     // The trailer is an index that makes seeking quick. The movie is whole without it: no reason to fail.
@@ -231,13 +313,28 @@ int FFmpegMuxer::completeFragments(std::int64_t end) {
     return 0;
 }
 
-/// Whether the open fragment, which reaches to `end`, is as long or as large as all that is safe before it.
-bool FFmpegMuxer::holdsEnough(std::int64_t end) const {
-    const auto seconds = [this](std::int64_t ticks) {
-        return Seconds(static_cast<double>(ticks) * m_timeBase.value());
+Seconds FFmpegMuxer::secondsOf(std::int64_t ticks) const {
+    return Seconds(static_cast<double>(ticks) * m_timeBase.value());
+}
+
+std::int64_t FFmpegMuxer::ticksOf(Seconds time) const { return std::llround(time.value / m_timeBase.value()); }
+
+bool FFmpegMuxer::hasWaitingSound() const {
+    return std::ranges::any_of(m_sound, [](const SoundQueue& sound) { return !sound.isEmpty(); });
+}
+
+/// Whether the open fragment, without the held frame, is as long or as large as all that is safe before it.
+bool FFmpegMuxer::holdsEnough() const {
+    const auto isLong = [](Seconds start, Seconds end) {
+        return end - start >= std::clamp(start, kFirstFragment, kLongestFragment);
     };
-    const Seconds most = std::clamp(seconds(*m_fragmentStart), kFirstFragment, kLongestFragment);
-    return seconds(end - *m_fragmentStart) >= most || m_fragmentBytes >= std::max(kFirstFragmentBytes, m_committedSize);
+    if (m_fragmentStart && isLong(secondsOf(*m_fragmentStart), secondsOf(m_fragmentEnd))) return true;
+    std::int64_t bytes = m_fragmentBytes;
+    for (const SoundQueue& sound : m_sound) {
+        if (!sound.isEmpty() && isLong(sound.start(), sound.end())) return true;
+        bytes += sound.bytes();
+    }
+    return bytes >= std::max(kFirstFragmentBytes, m_committedSize);
 }
 
 /// Hands the held frame to the container. It lasts at least one tick.
@@ -253,45 +350,80 @@ int FFmpegMuxer::writeHeldPacket(std::int64_t duration) {
     m_held->duration = std::max<std::int64_t>(1, duration);
     m_held->stream_index = m_track->index;
     m_fragmentBytes += m_held->size;
+    m_fragmentEnd = m_held->dts + m_held->duration;
     av_packet_rescale_ts(m_held.get(), toAV(m_timeBase), m_track->time_base);
     const int code = av_write_frame(m_output.get(), m_held.get());
     av_packet_unref(m_held.get());
-    return code;
+    return code < 0 || isFragmented() ? code : writeWaitingSound(secondsOf(m_fragmentEnd));
+}
+
+/// Hands over the sound that starts before `time`, each track's once there is a stretch of it.
+int FFmpegMuxer::writeWaitingSound(Seconds time) {
+    for (SoundQueue& sound : m_sound) {
+        if (sound.start() + kSoundStretch > time) continue;
+        if (const int code = sound.write(*m_output, time); code < 0) return code;
+    }
+    return 0;
 }
 
 int FFmpegMuxer::endFragment() {
-    const int code = av_write_frame(m_output.get(), nullptr);
+    int code = writeWaitingSound(kAllTime);
+    if (code >= 0) code = av_write_frame(m_output.get(), nullptr);
     avio_flush(m_io.get());
     if (code < 0 || m_systemError != 0) return code;
+    m_fragments.push_back(m_committedSize);
     m_committedSize = m_file.size();
     m_fragmentStart.reset();
+    m_fragmentBytes = 0;
     m_file.beginSync();
     return 0;
 }
 
-int FFmpegMuxer::noteGuess(std::int64_t frameTime, std::int64_t fragmentOffset) {
-    std::vector<std::uint8_t> moof(8);
-    if (const auto read = m_file.readAt(fragmentOffset, moof); !read) return AVERROR(read.error());
-    const std::uint32_t size = static_cast<std::uint32_t>(moof[0]) << 24 | static_cast<std::uint32_t>(moof[1]) << 16 |
-                               static_cast<std::uint32_t>(moof[2]) << 8 | moof[3];
-    moof.resize(size);
-    if (const auto read = m_file.readAt(fragmentOffset, moof); !read) return AVERROR(read.error());
-    if (const auto offset = lastFrameDurationOffset(moof))
-        m_guess = GuessedDuration{frameTime, fragmentOffset + static_cast<std::int64_t>(*offset)};
+int FFmpegMuxer::guessDuration(GuessedDuration guess, std::int64_t fragmentOffset) {
+    auto fragment = readFragmentHeader(m_file, fragmentOffset);
+    if (!fragment) return AVERROR(fragment.error());
+    if (const auto offset = lastFrameDurationOffset(*fragment, kPictureTrack)) {
+        guess.fileOffset = fragmentOffset + static_cast<std::int64_t>(*offset);
+        m_guess = guess;
+        return setGuess(guess.duration);
+    }
     return 0;
 }
 
 int FFmpegMuxer::correctGuess(std::int64_t nextFrameTime) {
-    const std::int64_t ticks = std::max<std::int64_t>(1, nextFrameTime - m_guess->frameTime);
-    const auto duration = static_cast<std::uint32_t>(av_rescale_q(ticks, toAV(m_timeBase), m_track->time_base));
-    const std::array<std::uint8_t, 4> bytes{
-        static_cast<std::uint8_t>(duration >> 24), static_cast<std::uint8_t>(duration >> 16 & 0xFF),
-        static_cast<std::uint8_t>(duration >> 8 & 0xFF), static_cast<std::uint8_t>(duration & 0xFF)};
-    const auto written = m_file.writeAt(m_guess->fileOffset, bytes);
+    const int code = setGuess(std::max<std::int64_t>(1, nextFrameTime - m_guess->frameTime));
     m_guess.reset();
+    return code;
+}
+
+int FFmpegMuxer::setGuess(std::int64_t duration) {
+    m_guess->duration = duration;
+    const auto ticks = static_cast<std::uint32_t>(av_rescale_q(duration, toAV(m_timeBase), m_track->time_base));
+    const std::array<std::uint8_t, 4> bytes{
+        static_cast<std::uint8_t>(ticks >> 24), static_cast<std::uint8_t>(ticks >> 16 & 0xFF),
+        static_cast<std::uint8_t>(ticks >> 8 & 0xFF), static_cast<std::uint8_t>(ticks & 0xFF)};
+    const auto written = m_file.writeAt(m_guess->fileOffset, bytes);
     if (written) return 0;
     m_systemError = written.error();
     return AVERROR(written.error());
+}
+
+/// Takes back what went into the file of sound that has turned out to lie behind the movie's end.
+int FFmpegMuxer::cutCommittedSound(Seconds end) {
+    for (std::size_t track = 0; track < m_sound.size(); ++track) {
+        if (m_sound[track].end() <= end) continue;
+        const auto ticks = static_cast<std::uint64_t>(soundSamples(end) + m_sound[track].shift());
+        for (const std::int64_t offset : m_fragments) {
+            auto fragment = readFragmentHeader(m_file, offset);
+            if (!fragment) return AVERROR(fragment.error());
+            if (!cutTrack(*fragment, soundTrackID(track), ticks)) continue;
+            if (const auto written = m_file.writeAt(offset, *fragment); !written) {
+                m_systemError = written.error();
+                return AVERROR(written.error());
+            }
+        }
+    }
+    return 0;
 }
 
 /// Turns the outcome of a step into a result. After a failure the file holds whole fragments only, and nothing more is

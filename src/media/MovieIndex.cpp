@@ -10,6 +10,10 @@ namespace {
 
 constexpr double kTimeTolerance = 1e-9; // seconds; a time computed from a frame's number may fall just short of it
 constexpr double kHighestRate = 240;
+/// Frames that come only when something on a screen changes say nothing about how smoothly it may move.
+constexpr double kScreenRate = 60;
+constexpr double kSlowestMotion = 24;
+constexpr std::size_t kFewestToTell = 10;
 
 /// The usual rate nearest to `rate`, if it lies within `tolerance` (a share of the rate) of it.
 std::optional<double> usualRateNear(double rate, std::span<const double> rates, double tolerance) {
@@ -49,13 +53,16 @@ double nominalFrameRate(std::span<const double> starts) {
     if (starts.size() < 2) return 0;
     const double mean = (starts.back() - starts.front()) / static_cast<double>(starts.size() - 1);
     if (mean <= 0) return 0;
+    if (starts.size() < kFewestToTell) return std::clamp(1 / mean, kScreenRate, kHighestRate);
     const std::vector<double> single = runSpacings(starts, 1);
-    const double median = single[single.size() / 2];
-    if (std::abs(median - mean) <= 0.03 * mean) return std::clamp(steadyRate(1 / mean), 1.0, kHighestRate);
+    const auto isMean = [&](std::size_t index) { return std::abs(single[index] - mean) <= 0.03 * mean; };
+    const std::size_t tenth = single.size() / 10;
+    if (isMean(tenth) && isMean(single.size() - 1 - tenth)) return std::clamp(steadyRate(1 / mean), 1.0, kHighestRate);
 
     // Runs of a few frames, as single spacings of a live source scatter too much.
     const std::vector<double> runs = runSpacings(starts, std::min<std::size_t>(4, starts.size() - 1));
-    return std::clamp(burstRate(1 / runs[runs.size() / 20]), 1.0, kHighestRate);
+    const double rate = burstRate(1 / runs[runs.size() / 20]);
+    return rate < kSlowestMotion ? kScreenRate : std::min(rate, kHighestRate);
 }
 
 MovieIndex::MovieIndex(std::vector<IndexedFrame> frames, std::int64_t end, Seconds tick)

@@ -52,7 +52,8 @@ private:
 };
 
 /// Frames a second of the fastest stretches among frames that start at `starts` (seconds, growing). A steady film keeps
-/// its exact rate; a recording with variable times gives a usual rate near that of its fastest twentieth.
+/// its exact rate; a recording with variable times gives a usual rate near that of its fastest twentieth, and a screen's
+/// where that is no motion, or where few frames tell nothing.
 [[nodiscard]] double nominalFrameRate(std::span<const double> starts);
 
 } // namespace morvelin

@@ -13,7 +13,7 @@ constexpr int kCoarsestQuantizer = 51;
 
 } // namespace
 
-int TakeRate::quantizerAt(double time) {
+int TakeRate::quantizerAt(double time, bool /*isKeyFrame*/) {
     m_bits = std::max(0.0, m_bits - m_bitsPerSecond * (time - m_time));
     m_time = time;
     const double excess = std::max(0.0, m_bits / m_bitsPerSecond - kFreeSeconds);

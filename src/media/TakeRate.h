@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "media/RateControl.h"
+
 namespace morvelin {
 
 /// Below this quantiser a screen gains nothing that an eye could see. Without a floor, rate control goes on refining a
@@ -15,14 +17,12 @@ inline constexpr int kQuantizerFloor = 16;
 /// no credit to waste.
 ///
 /// libx264's own average bit rate needs a look at each whole picture, a quarter of the time of a frame at this preset.
-class TakeRate {
+class TakeRate final : public RateControl {
 public:
     explicit TakeRate(std::int64_t bitsPerSecond) : m_bitsPerSecond(static_cast<double>(bitsPerSecond)) {}
 
-    /// The quantiser (H.264's, 0 to 51) for the frame at `time`, in seconds; times grow.
-    [[nodiscard]] int quantizerAt(double time);
-    /// Tells how large the frame has become.
-    void add(std::int64_t bits) { m_bits += static_cast<double>(bits); }
+    [[nodiscard]] int quantizerAt(double time, bool isKeyFrame) override;
+    void add(std::int64_t bits) override { m_bits += static_cast<double>(bits); }
 
 private:
     double m_bitsPerSecond;

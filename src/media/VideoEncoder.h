@@ -34,7 +34,7 @@ struct VideoEncoderSettings {
     double frameRate = 60;
     std::int64_t bitRate = 0; ///< bits a second: the average offline, in real time the most over any few seconds
     Seconds keyFrameInterval{2};
-    int threads = 0; ///< 0: as many as suit the machine
+    int threads = 0; ///< in real time; 0: as many as suit the machine
 
     /// The encoder's settings for a movie.
     [[nodiscard]] static VideoEncoderSettings of(const MovieSettings& movie, int threads);

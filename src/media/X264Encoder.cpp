@@ -13,6 +13,7 @@
 #include <x264.h>
 
 #include "core/base/Text.h"
+#include "media/TakeRate.h"
 #include "media/UnchangedBlocks.h"
 
 namespace morvelin {
@@ -22,21 +23,18 @@ namespace {
 /// One thread keeps up with about this many pixels a second in real time, with room to spare.
 constexpr double kPixelsPerThread = 1920.0 * 1080 * 60 * 1.25;
 
-int threadCount(const VideoEncoderSettings& settings) {
+int threadsInRealTime(const VideoEncoderSettings& settings) {
     if (settings.threads > 0) return settings.threads;
     const int cores = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
-    if (settings.pace == MovieSettings::Pace::Offline) return cores;
     const double pixels = static_cast<double>(settings.size.width) * settings.size.height * settings.frameRate;
     return std::clamp(static_cast<int>(std::ceil(pixels / kPixelsPerThread)), 1, cores);
 }
 
 /// A take: the cheapest analysis there is. At the bit rates of a take the quantiser stays at its floor, so a better
 /// preset would make a smaller file of the same quality, for twice the work. Each frame comes with its quantiser.
-void setRealTime(x264_param_t& parameters) {
+void setRealTime(x264_param_t& parameters, const VideoEncoderSettings& settings) {
     x264_param_default_preset(&parameters, "ultrafast", "zerolatency");
-    parameters.b_vfr_input = 1;
-    // A frame that is forced to be a key frame must become one however few frames came since the last.
-    parameters.i_keyint_min = 1;
+    parameters.i_threads = threadsInRealTime(settings);
     parameters.rc.i_rc_method = X264_RC_CQP;
     parameters.rc.i_qp_constant = kQuantizerFloor;
     // The encoder holds each frame's quantiser within those that these factors would give to I- and B-frames, 6 steps to
@@ -45,19 +43,19 @@ void setRealTime(x264_param_t& parameters) {
     parameters.rc.f_pb_factor = 1;
 }
 
-/// An export. B-frames and look-ahead would part a frame from the one just before it, which the map speaks of.
-void setOffline(x264_param_t& parameters, std::int64_t bitRate) {
+/// An export. B-frames and look-ahead would part a frame from the one just before it, which the map speaks of. Each
+/// frame comes with its quantiser here too, but a method of rate control must be chosen all the same: without one the
+/// encoder would not give flat areas, where an eye sees most, the finer quantisers that they need.
+void setOffline(x264_param_t& parameters) {
     x264_param_default_preset(&parameters, "superfast", nullptr);
-    parameters.b_vfr_input = 0;
+    parameters.i_threads = 1;
     parameters.b_stitchable = 1;
     parameters.i_bframe = 0;
     parameters.i_scenecut_threshold = 0;
     parameters.i_sync_lookahead = 0;
     parameters.rc.i_lookahead = 0;
     parameters.rc.b_mb_tree = 0;
-    parameters.rc.i_rc_method = X264_RC_ABR;
-    parameters.rc.i_bitrate = static_cast<int>(std::max<std::int64_t>(1, bitRate / 1000));
-    parameters.rc.i_qp_min = kQuantizerFloor;
+    parameters.rc.i_rc_method = X264_RC_CRF;
 }
 
 void setColour(x264_param_t& parameters, MovieSettings::Transfer transfer) {
@@ -71,22 +69,21 @@ void setColour(x264_param_t& parameters, MovieSettings::Transfer transfer) {
 
 void setTimes(x264_param_t& parameters, const VideoEncoderSettings& settings) {
     const Rational rate = exactFrameRate(settings.frameRate);
-    const Rational tick = settings.timeBase();
     parameters.i_fps_num = static_cast<std::uint32_t>(rate.numerator);
     parameters.i_fps_den = static_cast<std::uint32_t>(rate.denominator);
-    parameters.i_timebase_num = static_cast<std::uint32_t>(tick.numerator);
-    parameters.i_timebase_den = static_cast<std::uint32_t>(tick.denominator);
-    parameters.i_keyint_max = std::max(1,
-                                       static_cast<int>(std::lround(settings.keyFrameInterval.value * rate.value())));
+    // To the encoder frames are numbers: for times it would hold each frame back until it knows how long it lasts.
+    parameters.b_vfr_input = 0;
+    // Which frames are key frames is told with each of them.
+    parameters.i_keyint_max = X264_KEYINT_MAX_INFINITE;
+    parameters.i_keyint_min = 1;
 }
 
 x264_param_t parametersOf(const VideoEncoderSettings& settings) {
     x264_param_t parameters;
     switch (settings.pace) {
-    case MovieSettings::Pace::RealTime: setRealTime(parameters); break;
-    case MovieSettings::Pace::Offline: setOffline(parameters, settings.bitRate); break;
+    case MovieSettings::Pace::RealTime: setRealTime(parameters, settings); break;
+    case MovieSettings::Pace::Offline: setOffline(parameters); break;
     }
-    parameters.i_threads = threadCount(settings);
     parameters.i_width = settings.size.width;
     parameters.i_height = settings.size.height;
     parameters.i_csp = X264_CSP_I420;
@@ -107,7 +104,7 @@ void keepComplaint(void* last, int level, const char* format, std::va_list argum
     *static_cast<std::string*>(last) = trimmed(text.data());
 }
 
-x264_picture_t viewOf(const Picture& picture, std::int64_t time) {
+x264_picture_t viewOf(const Picture& picture, std::int64_t number) {
     x264_picture_t view;
     x264_picture_init(&view);
     view.img.i_csp = X264_CSP_I420;
@@ -117,7 +114,7 @@ x264_picture_t viewOf(const Picture& picture, std::int64_t time) {
         view.img.plane[index] = const_cast<std::uint8_t*>(plane.data); // the API reads it only
         view.img.i_stride[index] = static_cast<int>(plane.stride);
     }
-    view.i_pts = time;
+    view.i_pts = number;
     return view;
 }
 
@@ -132,26 +129,19 @@ void attachMap(x264_picture_t& view, PixelSize size, std::span<const PixelBox> c
     view.prop.mb_info_free = &std::free;
 }
 
-/// The payloads of one frame's units lie one after the other.
-EncodedPacket packetOf(const x264_nal_t* units, int size, const x264_picture_t& coded) {
-    return {.bytes = {units[0].p_payload, static_cast<std::size_t>(size)},
-            .presentationTime = coded.i_pts,
-            .decodingTime = coded.i_dts,
-            .isKeyFrame = coded.b_keyframe != 0};
-}
-
 } // namespace
 
 void X264Encoder::Close::operator()(x264_t* encoder) const { x264_encoder_close(encoder); }
 
-X264Encoder::X264Encoder(const VideoEncoderSettings& settings)
+X264Encoder::X264Encoder(const VideoEncoderSettings& settings, std::unique_ptr<RateControl> rate)
     : m_settings(settings),
+      m_rate(std::move(rate)),
       m_lastComplaint(std::make_unique<std::string>()),
-      m_takeRate(settings.bitRate),
       m_keyFrameTicks(std::llround(settings.keyFrameInterval.value / settings.timeBase().value())) {}
 
-Result<std::unique_ptr<X264Encoder>, MovieWriterError> X264Encoder::create(const VideoEncoderSettings& settings) {
-    std::unique_ptr<X264Encoder> encoder(new X264Encoder(settings));
+Result<std::unique_ptr<X264Encoder>, MovieWriterError> X264Encoder::create(const VideoEncoderSettings& settings,
+                                                                           std::unique_ptr<RateControl> rate) {
+    std::unique_ptr<X264Encoder> encoder(new X264Encoder(settings, std::move(rate)));
     if (auto opened = encoder->open(); !opened) return passOn(std::move(opened));
     return encoder;
 }
@@ -171,59 +161,68 @@ Result<void, MovieWriterError> X264Encoder::takeParameterSets() {
     int count = 0;
     if (x264_encoder_headers(m_encoder.get(), &units, &count) < 0)
         return failure(complaint(MovieWriterError::Kind::NoEncoder, "The H.264 encoder could not be started"));
-    for (const x264_nal_t& unit : std::span(units, static_cast<std::size_t>(count)))
-        if (unit.i_type == NAL_SPS || unit.i_type == NAL_PPS)
-            m_parameterSets.insert(m_parameterSets.end(), unit.p_payload, unit.p_payload + unit.i_payload);
+    constexpr int kStartCode = 4;
+    for (const x264_nal_t& unit : std::span(units, static_cast<std::size_t>(count))) {
+        const std::span payload(unit.p_payload, static_cast<std::size_t>(unit.i_payload));
+        if (unit.i_type != NAL_SPS && unit.i_type != NAL_PPS) continue;
+        m_parameterSets.insert(m_parameterSets.end(), payload.begin(), payload.end());
+        if (unit.i_type == NAL_SPS && m_settings.pace == MovieSettings::Pace::Offline)
+            m_repeats = RepeatedFrames::forStream(payload.subspan(kStartCode), m_settings.size);
+    }
+    if (m_repeats) {
+        const std::vector<std::uint8_t> set = RepeatedFrames::pictureParameters();
+        m_parameterSets.insert(m_parameterSets.end(), set.begin(), set.end());
+    }
     return {};
 }
 
-/// Counting frames alone would let a key frame wait for minutes on a screen that seldom changes.
+/// Counting frames would let a key frame wait for minutes on a screen that seldom changes.
 bool X264Encoder::keyFrameIsDue(std::int64_t time) const {
-    return isRealTime() && time - m_lastKeyFrame >= m_keyFrameTicks;
+    return !m_lastKeyFrame || time - *m_lastKeyFrame >= m_keyFrameTicks;
 }
 
 Result<void, MovieWriterError> X264Encoder::encode(const Picture& picture, std::int64_t time,
                                                    std::span<const PixelBox> changed, const PacketSink& sink) {
-    x264_picture_t view = viewOf(picture, time);
-    if (m_isFirst || keyFrameIsDue(time)) {
+    const bool isKeyFrame = keyFrameIsDue(time);
+    if (m_repeats && !isKeyFrame && changed.empty()) {
+        m_frame = m_repeats->repeat();
+        m_rate->add(8 * static_cast<std::int64_t>(m_frame.size()));
+        return sink({.bytes = m_frame, .presentationTime = time, .decodingTime = time});
+    }
+    x264_picture_t view = viewOf(picture, m_codedFrames);
+    ++m_codedFrames;
+    const double seconds = static_cast<double>(time) * m_settings.timeBase().value();
+    view.i_qpplus1 = m_rate->quantizerAt(seconds, isKeyFrame) + 1;
+    if (isKeyFrame) {
         view.i_type = X264_TYPE_IDR;
         m_lastKeyFrame = time;
     } else {
         attachMap(view, m_settings.size, changed);
     }
-    m_isFirst = false;
-    if (isRealTime()) {
-        const double seconds = static_cast<double>(time) * m_settings.timeBase().value();
-        view.i_qpplus1 = m_takeRate.quantizerAt(seconds) + 1;
-    }
 
     x264_nal_t* units = nullptr;
     int count = 0;
     x264_picture_t coded;
-    const int size = x264_encoder_encode(m_encoder.get(), &units, &count, &view, &coded);
-    if (size < 0) return failure(complaint(MovieWriterError::Kind::EncodingFailed, "A frame could not be encoded"));
-    if (size == 0) return {};
-    return handOver(packetOf(units, size, coded), sink);
+    if (x264_encoder_encode(m_encoder.get(), &units, &count, &view, &coded) <= 0)
+        return failure(complaint(MovieWriterError::Kind::EncodingFailed, "A frame could not be encoded"));
+    const auto frame = frameOf({units, static_cast<std::size_t>(count)}, isKeyFrame);
+    m_rate->add(8 * static_cast<std::int64_t>(frame.size()));
+    return sink({.bytes = frame, .presentationTime = time, .decodingTime = time, .isKeyFrame = isKeyFrame});
 }
 
-Result<void, MovieWriterError> X264Encoder::handOver(const EncodedPacket& packet, const PacketSink& sink) {
-    // The encoder makes key frames of its own as well: when so many frames have passed.
-    if (packet.isKeyFrame) m_lastKeyFrame = std::max(m_lastKeyFrame, packet.presentationTime);
-    m_takeRate.add(8 * static_cast<std::int64_t>(packet.bytes.size()));
-    return sink(packet);
-}
-
-Result<void, MovieWriterError> X264Encoder::drain(const PacketSink& sink) {
-    while (x264_encoder_delayed_frames(m_encoder.get()) > 0) {
-        x264_nal_t* units = nullptr;
-        int count = 0;
-        x264_picture_t coded;
-        const int size = x264_encoder_encode(m_encoder.get(), &units, &count, nullptr, &coded);
-        if (size < 0) return failure(complaint(MovieWriterError::Kind::EncodingFailed, "A frame could not be encoded"));
-        if (size == 0) continue;
-        if (auto taken = handOver(packetOf(units, size, coded), sink); !taken) return taken;
+/// The payloads of one frame's units lie one after the other.
+std::span<const std::uint8_t> X264Encoder::frameOf(std::span<const x264_nal_t> units, bool isKeyFrame) {
+    if (!m_repeats) {
+        const x264_nal_t& last = units.back();
+        return {units.front().p_payload, last.p_payload + last.i_payload};
     }
-    return {};
+    m_frame.clear();
+    m_repeats->beginFrame(isKeyFrame);
+    for (const x264_nal_t& unit : units) {
+        const std::span payload(unit.p_payload, static_cast<std::size_t>(unit.i_payload));
+        m_repeats->appendUnit(payload.subspan(unit.b_long_startcode != 0 ? 4 : 3), m_frame);
+    }
+    return m_frame;
 }
 
 MovieWriterError X264Encoder::complaint(MovieWriterError::Kind kind, const char* sentence) const {

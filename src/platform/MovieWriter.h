@@ -1,6 +1,9 @@
-// The named operation "write a movie": takes pictures with their times, gives a file. Owned by a take or an export.
+// The named operation "write a movie": takes pictures with their times and sound, gives a file. Owned by a take or an
+// export.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <span>
@@ -10,6 +13,7 @@
 #include "core/base/Result.h"
 #include "core/base/Time.h"
 #include "platform/Picture.h"
+#include "platform/Sound.h"
 
 namespace morvelin {
 
@@ -22,6 +26,11 @@ struct MovieWriterError {
     int code = 0; ///< errno where the system gave one, e.g. ENOSPC
 
     [[nodiscard]] std::string description() const { return detail; }
+};
+
+/// How a track of sound is written: AAC, in `kSoundRate` and `kSoundChannels`.
+struct SoundTrackSettings {
+    std::int64_t bitRate = 128'000;
 };
 
 /// How a movie is written.
@@ -46,9 +55,10 @@ struct MovieSettings {
     double frameRate = 60; ///< expected (real time) or exact (offline)
     std::int64_t bitRate = 0;
     Seconds keyFrameInterval{2};
+    std::vector<SoundTrackSettings> soundTracks = {}; ///< in the order in which players list them
 };
 
-/// Writes H.264 video: BT.709 primaries and matrix, limited range, 4:2:0.
+/// Writes H.264 video (BT.709 primaries and matrix, limited range, 4:2:0) and AAC sound.
 /// One thread at a time; not tied to one.
 class MovieWriter {
 public:
@@ -59,9 +69,14 @@ public:
     /// nothing differs. The picture may be reused once the call is back.
     virtual Result<void, MovieWriterError> append(const Picture& picture, Seconds time,
                                                   std::span<const PixelBox> changed) = 0;
-    /// Real time only: everything appended so far goes to the file now, so that a kill loses nothing of it.
+    /// Adds interleaved samples to a track. Its samples follow one another from the movie's time 0 without a hole:
+    /// whoever has a hole fills it with silence. Pictures and sound may come in any order, best at about the same time.
+    virtual Result<void, MovieWriterError> appendSound(std::size_t track, std::span<const float> samples) = 0;
+    /// Real time only: everything appended so far goes to the file now, so that a kill loses nothing of it but the
+    /// last 50 ms of sound, which are still being encoded.
     virtual Result<void, MovieWriterError> flush() = 0;
-    /// Completes the file: the last frame ends at `end`. The file's data is on disk when it returns.
+    /// Completes the file: the last frame ends at `end`, and so does sound that went on longer. The file's data is on
+    /// disk when it returns.
     virtual Result<void, MovieWriterError> finish(Seconds end) = 0;
 
     /// Bytes written so far, about.

@@ -1,5 +1,6 @@
 #include "media/ContainerProbe.h"
 
+#include <cmath>
 #include <cstring>
 #include <fstream>
 #include <functional>
@@ -93,8 +94,10 @@ ProbedMovie probe(const std::filesystem::path& path) {
     const PacketHandle packet = newPacket();
     while (av_read_frame(context, packet.get()) >= 0) {
         const double tick = av_q2d(stream.time_base);
-        movie.packets.push_back({static_cast<double>(packet->pts) * tick, static_cast<double>(packet->duration) * tick,
-                                 packet->pos, (packet->flags & AV_PKT_FLAG_KEY) != 0});
+        if (packet->stream_index == stream.index)
+            movie.packets.push_back({static_cast<double>(packet->pts) * tick,
+                                     static_cast<double>(packet->duration) * tick, packet->pos,
+                                     (packet->flags & AV_PKT_FLAG_KEY) != 0});
         av_packet_unref(packet.get());
     }
     AVFormatContext* again = nullptr;
@@ -147,6 +150,47 @@ std::vector<std::uint32_t> fragmentDurations(const std::filesystem::path& path) 
         }
     });
     return durations;
+}
+
+std::vector<float> decodedSound(const std::filesystem::path& path, int track) {
+    AVFormatContext* context = nullptr;
+    EXPECT_GE(avformat_open_input(&context, path.c_str(), nullptr, nullptr), 0) << path;
+    if (context == nullptr) return {};
+    const InputHandle input(context);
+    EXPECT_GE(avformat_find_stream_info(context, nullptr), 0);
+    const AVStream* stream = nullptr;
+    for (unsigned index = 0; index < context->nb_streams; ++index)
+        if (context->streams[index]->codecpar->codec_type == AVMEDIA_TYPE_AUDIO && track-- == 0)
+            stream = context->streams[index];
+    EXPECT_NE(stream, nullptr) << "no such track";
+    if (stream == nullptr) return {};
+    const CodecHandle decoder = openedDecoder(*stream, [](AVCodecContext&) {});
+    const double tick = av_q2d(stream->time_base);
+    const PacketHandle packet = newPacket();
+    const FrameHandle frame = newFrame();
+    std::vector<float> samples;
+    const auto receive = [&] {
+        while (avcodec_receive_frame(decoder.get(), frame.get()) >= 0) {
+            const std::int64_t start = std::llround(static_cast<double>(frame->pts) * tick * frame->sample_rate);
+            const auto* plane = reinterpret_cast<const float*>(frame->extended_data[0]);
+            for (std::int64_t i = 0; i < frame->nb_samples; ++i) {
+                if (start + i < 0) continue;
+                const auto place = static_cast<std::size_t>(start + i);
+                if (place >= samples.size()) samples.resize(place + 1);
+                samples[place] = plane[i];
+            }
+        }
+    };
+    while (av_read_frame(context, packet.get()) >= 0) {
+        if (packet->stream_index == stream->index) {
+            avcodec_send_packet(decoder.get(), packet.get());
+            receive();
+        }
+        av_packet_unref(packet.get());
+    }
+    avcodec_send_packet(decoder.get(), nullptr);
+    receive();
+    return samples;
 }
 
 void writeForeignMovie(const std::filesystem::path& path, const ForeignMovie& movie,

@@ -29,6 +29,9 @@ ProbedMovie probe(const std::filesystem::path& path);
 /// How long each frame of a movie in fragments lasts, in ticks, as its boxes say (ISO/IEC 14496-12, 8.8).
 std::vector<std::uint32_t> fragmentDurations(const std::filesystem::path& path);
 
+/// The left channel of a movie's sound as FFmpeg decodes it, from the movie's time 0; silence where it has a hole.
+std::vector<float> decodedSound(const std::filesystem::path& path, int track = 0);
+
 /// A movie made by FFmpeg's own libx264 wrapper.
 struct ForeignMovie {
     const char* pixelFormat = "yuv420p";
