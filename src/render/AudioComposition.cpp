@@ -49,7 +49,7 @@ AudioMix audioMix(std::span<const AudioStack::Layer> layers, std::span<const Vid
     return mix;
 }
 
-std::vector<AudioTrack::Segment> layOut(std::span<const Piece> pieces, AudioSpan sound) {
+std::vector<AudioTrack::Segment> layOut(std::span<const Piece> pieces, SoundSpan sound) {
     std::vector<AudioTrack::Segment> segments;
     EditTime trackEnd;
     for (const Piece& piece : pieces) {

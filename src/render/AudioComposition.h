@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "narration/AudioStack.h"
+#include "platform/SoundReader.h"
 #include "render/EditComposition.h"
 
 namespace morvelin {
@@ -46,14 +47,8 @@ struct AudioMix {
 
 } // namespace FragmentCompositionBuilder
 
-/// The stretch of a file's own clock in which it has sound.
-struct AudioSpan {
-    SourceTime start;
-    SourceTime end;
-};
-
 /// Gives the span of a file's sound; nothing where the file has none or can't be read.
-using AudioSpanOf = std::function<std::optional<AudioSpan>(const std::filesystem::path& file)>;
+using AudioSpanOf = std::function<std::optional<SoundSpan>(const std::filesystem::path& file)>;
 
 /// One file's sound on the edit timeline.
 struct AudioTrack {
@@ -69,7 +64,7 @@ namespace FragmentCompositionBuilder {
 
 /// Pieces in their order, limited to the sound that there is. One that starts before the end of those laid out, or
 /// hardly after it, starts at that end; what would be as good as nothing is left out.
-[[nodiscard]] std::vector<AudioTrack::Segment> layOut(std::span<const AudioLayout::Piece> pieces, AudioSpan sound);
+[[nodiscard]] std::vector<AudioTrack::Segment> layOut(std::span<const AudioLayout::Piece> pieces, SoundSpan sound);
 
 /// One track for the recording, if it is heard, and one for each take. Takes that can't be read are left out.
 [[nodiscard]] std::vector<AudioTrack> buildAudio(const AudioMix& mix, const EditComposition& picture,

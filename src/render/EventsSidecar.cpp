@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include <fmt/format.h>
-
 #include "core/base/Rounding.h"
+#include "render/SidecarFile.h"
 #include "timeline/ClickPings.h"
 #include "timeline/FragmentMap.h"
 
@@ -178,8 +177,7 @@ FounderEventsSidecar makeEventsSidecar(const EventsSidecarSubject& subject) {
 
     FounderEventsSidecar sidecar;
     sidecar.format = "morvelin-events";
-    const std::string& version = subject.applicationVersion;
-    sidecar.generator = fmt::format("Morvelin {} (founder mode)", version.empty() ? "dev" : version);
+    sidecar.generator = sidecarGenerator(subject.applicationVersion);
     sidecar.video = {subject.videoFile,
                      rounded(subject.duration),
                      {subject.resolution.width, subject.resolution.height},
@@ -196,10 +194,5 @@ FounderEventsSidecar makeEventsSidecar(const EventsSidecarSubject& subject) {
 }
 
 std::string encode(const FounderEventsSidecar& sidecar) { return writeJSON(toJSON(sidecar), JSONStyle::Pretty); }
-
-std::filesystem::path eventsSidecarPath(const std::filesystem::path& video) {
-    std::filesystem::path path = video;
-    return path.replace_extension("events.json");
-}
 
 } // namespace morvelin

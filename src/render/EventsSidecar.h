@@ -2,7 +2,6 @@
 #pragma once
 
 #include <array>
-#include <filesystem>
 #include <map>
 #include <optional>
 #include <span>
@@ -136,9 +135,6 @@ struct EventsSidecarSubject {
 
 /// The file's text: pretty, keys sorted, slashes plain, whole numbers without a point.
 [[nodiscard]] std::string encode(const FounderEventsSidecar& sidecar);
-
-/// "<stem>.events.json" in the video's folder.
-[[nodiscard]] std::filesystem::path eventsSidecarPath(const std::filesystem::path& video);
 
 template <class Fields>
 void describe(Fields& fields, Same<Fields, FounderEventsSidecar::Resolution>& resolution) {

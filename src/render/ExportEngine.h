@@ -1,20 +1,22 @@
-// Renders a project's current version to a video file, with its sidecar beside it. Owned by the program; one call is
-// one export.
+// Renders a project's current version to a video file, with its sidecars beside it. Owned by whoever wants an export;
+// one call is one export.
 #pragma once
 
+#include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <optional>
 #include <stop_token>
 #include <string>
-#include <vector>
 
 #include "core/base/Date.h"
 #include "core/base/Identity.h"
 #include "core/base/Log.h"
 #include "core/base/Result.h"
+#include "platform/MovieParts.h"
 #include "platform/MovieReader.h"
-#include "platform/MovieWriter.h"
+#include "platform/SoundReader.h"
 #include "render/ExportActivity.h"
 #include "render/ExportError.h"
 #include "render/ExportSettings.h"
@@ -34,43 +36,45 @@ struct ExportRequest {
     VideoQuality quality = VideoQuality::High;
     ExportPurpose purpose = ExportPurpose::Viewing; ///< `ForAI` overrides format and quality
     std::optional<std::filesystem::path> output;    ///< absent: a name of its own in the exports folder
-    SidecarChoice sidecars = SidecarChoice::Written;
 };
 
 struct ExportProgress {
     std::int64_t frame = 0; ///< frames that are done
     std::int64_t frameCount = 0;
+    double limit = 1; ///< what a file that is not whole yet may reach
 
     [[nodiscard]] double fraction() const {
-        return frameCount > 0 ? static_cast<double>(frame) / static_cast<double>(frameCount) : 0;
+        return frameCount > 0 ? std::min(limit, static_cast<double>(frame) / static_cast<double>(frameCount)) : 0;
     }
 };
 
 /// The files that an export made.
 struct ExportedFiles {
     std::filesystem::path video;
-    std::vector<std::filesystem::path> sidecars;
+    std::optional<std::filesystem::path> events;
+    std::optional<std::filesystem::path> transcript; ///< absent too where nothing is said
 };
 
 class ExportEngine {
 public:
-    /// What an export needs of the world. All of it must outlive the engine; ids are taken on the exporting thread.
+    /// What an export needs of the world. All of it must outlive the engine; an id is taken when the engine is made.
     struct Services {
         MovieReaderFactory& readers;
-        MovieWriterFactory& writers;
+        SoundReaderFactory& soundReaders;
+        PartedMovieWriterFactory& writers;
         ExportActivity& activity;
         IdSource& ids;
         const WallClock& clock;
         Log log;
         std::filesystem::path home;
-        std::string applicationVersion; ///< for the sidecar; empty for a build without one
+        std::string applicationVersion; ///< for the sidecars; empty for a build without one
+        SidecarChoice sidecars = SidecarChoice::Written;
+        int threads = 0; ///< that render an MP4; 0: one for each processor
     };
-    /// Called on the exporting thread after every frame.
+    /// Called after every frame, from several threads, one at a time; for a GIF once more when it is whole.
     using ProgressHandler = std::function<void(const ExportProgress&)>;
 
-    explicit ExportEngine(Services services) : m_services(std::move(services)) {
-        if (!m_services.log) m_services.log = [](std::string_view) {};
-    }
+    explicit ExportEngine(Services services);
 
     /// Renders the project as it is at this moment; call it on a worker thread. The target is only replaced by a whole
     /// file: on any failure, and when `stop` or the registry asks for an end, nothing of the export stays.
@@ -85,6 +89,7 @@ private:
     Result<std::filesystem::path, ExportError> targetOf(const ExportRequest& request) const;
 
     Services m_services;
+    SeededIdSource m_ids; ///< of its own: the program's are the main thread's
 };
 
 } // namespace morvelin

@@ -16,7 +16,6 @@ std::string ExportError::description() const {
     case Kind::IncompleteRead: return "The recording could not be read to the end";
     case Kind::CompositionFailed: return "Could not build edit composition";
     case Kind::RecordingUnreadable: return detail;
-    case Kind::GifNotAvailable: return "This version exports MP4 only. Choose MP4 as the format.";
     case Kind::TargetFolderMissing:
         return fmt::format("The folder {} doesn’t exist. Create it or choose another place for the export.",
                            path.parent_path().string());

@@ -19,7 +19,6 @@ struct ExportError {
         IncompleteRead,
         CompositionFailed,
         RecordingUnreadable, ///< the file is there but is no movie
-        GifNotAvailable,
         TargetFolderMissing,
         TargetIsFolder,
         TargetNotWritable,

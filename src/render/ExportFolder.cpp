@@ -9,6 +9,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <fmt/format.h>
+
 #include "core/base/Files.h"
 
 namespace morvelin {
@@ -18,8 +20,10 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr std::string_view kPrefix = "Morvelin-Export-";
-/// A folder this young may be in the hands of an export that has not locked it yet.
-constexpr std::chrono::seconds kSweepAge{60};
+/// A folder has its name without this once it is locked, so that one without a lock belongs to nobody.
+constexpr std::string_view kNotYetLocked = ".new";
+/// A folder this young may be about to be locked.
+constexpr std::chrono::seconds kLockingTakes{60};
 
 /// A descriptor of the folder under its lock, or -1 while somebody else holds it.
 int lockFolder(const fs::path& folder) {
@@ -31,15 +35,19 @@ int lockFolder(const fs::path& folder) {
     return fd;
 }
 
-bool isWorkingFolder(const fs::path& path) {
-    const std::string name = path.filename().string();
-    return name.starts_with(kPrefix) && UUID::parse(std::string_view(name).substr(kPrefix.size()));
-}
-
 bool isOld(const fs::path& folder) {
     std::error_code error;
     const auto written = fs::last_write_time(folder, error);
-    return !error && fs::file_time_type::clock::now() - written > kSweepAge;
+    return !error && fs::file_time_type::clock::now() - written > kLockingTakes;
+}
+
+/// Whether the folder is an export's that has ended, unless it is locked.
+bool mayBeSwept(const fs::path& folder) {
+    std::string name = folder.filename().string();
+    const bool isNew = name.ends_with(kNotYetLocked);
+    if (isNew) name.resize(name.size() - kNotYetLocked.size());
+    if (!name.starts_with(kPrefix) || !UUID::parse(std::string_view(name).substr(kPrefix.size()))) return false;
+    return !isNew || isOld(folder);
 }
 
 /// What a killed export left is of no use to anybody; a failure to remove it costs only disk space.
@@ -47,7 +55,7 @@ void sweepDeadExports(const fs::path& folder) {
     std::error_code error;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
         const fs::path& path = entry->path();
-        if (!isWorkingFolder(path) || !isOld(path)) continue;
+        if (!mayBeSwept(path)) continue;
         const int lock = lockFolder(path);
         if (lock < 0) continue;
         std::error_code ignored;
@@ -67,9 +75,13 @@ Result<ExportFolder, ExportError> ExportFolder::create(const fs::path& target, I
         return failure(ExportError{ExportError::Kind::TargetIsFolder, target, {}});
 
     sweepDeadExports(parent);
-    const fs::path folder = parent / (std::string(kPrefix) + ids.next().text());
-    if (::mkdir(folder.c_str(), 0700) != 0) return failure(ExportError::fromErrno(errno, target));
-    return ExportFolder(target, folder, lockFolder(folder));
+    const fs::path folder = parent / fmt::format("{}{}", kPrefix, ids.next().text());
+    const fs::path unlocked = fmt::format("{}{}", folder.string(), kNotYetLocked);
+    if (::mkdir(unlocked.c_str(), 0700) != 0) return failure(ExportError::fromErrno(errno, target));
+    ExportFolder made(target, unlocked, lockFolder(unlocked));
+    if (::rename(unlocked.c_str(), folder.c_str()) != 0) return failure(ExportError::fromErrno(errno, target));
+    made.m_folder = folder;
+    return made;
 }
 
 ExportFolder::ExportFolder(ExportFolder&& other) noexcept

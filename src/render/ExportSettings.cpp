@@ -5,10 +5,14 @@
 
 #include <fmt/format.h>
 
+#include "core/base/JSON.h"
+#include "timeline/Tolerance.h"
+
 namespace morvelin {
 
 namespace {
 
+constexpr Seconds kShortestGIF = 0.001_s;
 constexpr int kLongestSideForAI = 1536;
 constexpr double kFrameRateForAI = 5;
 constexpr double kBitsPerPixelForAI = 0.12;
@@ -30,6 +34,11 @@ std::int64_t bitRate(PixelSize size, double frameRate, double bitsPerPixel, std:
 }
 
 } // namespace
+
+std::optional<VideoQuality> videoQualityNamed(std::string_view word) {
+    if (word == "verylow" || word == "lowest") return VideoQuality::VeryLow;
+    return json::fromRawValue<VideoQuality>(word);
+}
 
 QualityLimits qualityLimits(VideoQuality quality) {
     switch (quality) {
@@ -76,6 +85,15 @@ VideoSettings mp4Settings(PixelSize canvas, double nominalFrameRate, VideoQualit
     VideoSettings settings{mp4OutputSize(canvas, quality), mp4FrameRate(nominalFrameRate, quality), 0};
     settings.bitRate = mp4BitRate(settings.size, settings.frameRate, quality);
     return settings;
+}
+
+VideoSettings gifSettings(PixelSize canvas, VideoQuality quality) {
+    return {gifOutputSize(canvas, quality), qualityLimits(quality).gifFrameRate, 0};
+}
+
+std::int64_t gifFrameCount(Seconds duration, double frameRate) {
+    const double frames = std::max(duration, kShortestGIF).value * frameRate;
+    return std::max<std::int64_t>(1, static_cast<std::int64_t>(frames + kTolerance));
 }
 
 VideoSettings forAISettings(PixelSize canvas, double nominalFrameRate) {

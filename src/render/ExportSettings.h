@@ -3,10 +3,13 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
+#include "core/base/Time.h"
 #include "platform/Picture.h"
 
 namespace morvelin {
@@ -26,6 +29,9 @@ constexpr auto rawValues(std::type_identity<VideoQuality>) {
     return std::to_array<std::pair<VideoQuality, std::string_view>>(
         {{VeryLow, "very_low"}, {Low, "low"}, {Medium, "medium"}, {High, "high"}, {Ultra, "ultra"}});
 }
+
+/// The quality of a word that an agent or a person writes; some words have two spellings.
+[[nodiscard]] std::optional<VideoQuality> videoQualityNamed(std::string_view word);
 
 /// What a quality stands for.
 struct QualityLimits {
@@ -59,6 +65,9 @@ struct VideoSettings {
 };
 
 [[nodiscard]] VideoSettings mp4Settings(PixelSize canvas, double nominalFrameRate, VideoQuality quality);
+[[nodiscard]] VideoSettings gifSettings(PixelSize canvas, VideoQuality quality);
+/// Whole frames of a film of that length, and at least one.
+[[nodiscard]] std::int64_t gifFrameCount(Seconds duration, double frameRate);
 /// For a model to read: small text survives, smooth motion does not matter.
 [[nodiscard]] VideoSettings forAISettings(PixelSize canvas, double nominalFrameRate);
 

@@ -138,7 +138,8 @@ const ScalingKernels& plainScalingKernels() {
 }
 
 const ScalingKernels& scalingKernels() {
-    static const ScalingKernels& fastest = vectorScalingKernels() != nullptr ? *vectorScalingKernels()
+    static const ScalingKernels& fastest = avx512ScalingKernels() != nullptr ? *avx512ScalingKernels()
+                                           : avx2ScalingKernels() != nullptr ? *avx2ScalingKernels()
                                                                              : plainScalingKernels();
     return fastest;
 }

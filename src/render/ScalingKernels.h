@@ -1,5 +1,5 @@
-// The inner loops of scaling, in a plain form and for processors with AVX2. Both give the same bits, so a picture
-// doesn't depend on the machine, nor on how it was cut into boxes.
+// The inner loops of scaling, in a plain form and for processors with AVX2 or AVX-512. All give the same bits, so a
+// picture doesn't depend on the machine, nor on how it was cut into boxes.
 //
 // An image is scaled along its rows first. The samples in between are 16 bits wide: 6 bits of fraction where they come
 // from 8-bit samples, as Lanczos overshoots; 7 bits where they come from deep ones.
@@ -78,7 +78,8 @@ struct ScalingKernels {
 [[nodiscard]] const ScalingKernels& scalingKernels();
 /// The loops that run everywhere.
 [[nodiscard]] const ScalingKernels& plainScalingKernels();
-/// The loops for AVX2; nothing where the processor has none.
-[[nodiscard]] const ScalingKernels* vectorScalingKernels();
+/// The loops for AVX2, and those for AVX-512 with VNNI; null where the processor has none.
+[[nodiscard]] const ScalingKernels* avx2ScalingKernels();
+[[nodiscard]] const ScalingKernels* avx512ScalingKernels();
 
 } // namespace morvelin

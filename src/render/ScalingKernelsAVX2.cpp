@@ -300,7 +300,7 @@ MORVELIN_AVX2 void deepColumns(const ColumnTaps& taps, int count, int rowBits, s
 
 } // namespace
 
-const ScalingKernels* vectorScalingKernels() {
+const ScalingKernels* avx2ScalingKernels() {
     static constexpr ScalingKernels kernels{rows, deepRows, columns, ditheredColumns, deepColumns};
     return __builtin_cpu_supports("avx2") != 0 ? &kernels : nullptr;
 }
@@ -311,7 +311,7 @@ const ScalingKernels* vectorScalingKernels() {
 
 namespace morvelin {
 
-const ScalingKernels* vectorScalingKernels() { return nullptr; }
+const ScalingKernels* avx2ScalingKernels() { return nullptr; }
 
 } // namespace morvelin
 

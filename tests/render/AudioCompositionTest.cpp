@@ -86,9 +86,9 @@ TEST(AudioComposition, TheRecordingIsHeardAsItsTracksSay) {
 TEST(AudioComposition, EachFileWithSoundHasATrack) {
     const EditComposition picture({{EditTime(0), EditTime(1), SourceTime(2), SourceTime(4), 2},
                                    {EditTime(1), EditTime(3), SourceTime(6), SourceTime(8), 1}});
-    const AudioSpanOf spanOf = [](const std::filesystem::path& file) -> std::optional<AudioSpan> {
+    const AudioSpanOf spanOf = [](const std::filesystem::path& file) -> std::optional<SoundSpan> {
         if (file == "broken.m4a") return std::nullopt;
-        return AudioSpan{SourceTime(0), SourceTime(7)};
+        return SoundSpan{SourceTime(0), SourceTime(7)};
     };
     const std::vector<AudioMix::Take> takes{{"broken.m4a", {piece(0, 1, 0)}}, {"voice.m4a", {piece(1, 2, 0)}}};
     const AudioTrack voice{"voice.m4a", {{EditTime(1), EditTime(2), SourceTime(0), SourceTime(1), 1}}};

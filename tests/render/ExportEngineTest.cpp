@@ -1,10 +1,8 @@
-#include "render/ExportEngine.h"
-
 #include <cmath>
 #include <thread>
 
 #include "render/EditComposition.h"
-#include "render/FilmFixture.h"
+#include "render/ExportFixture.h"
 
 namespace morvelin {
 namespace {
@@ -15,30 +13,7 @@ using Kind = ExportError::Kind;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-class ExportEngineTest : public FilmFixture {
-protected:
-    Result<ExportedFiles, ExportError> run(const ProjectBundle::Contents& project, const ExportRequest& request = {},
-                                           const ExportEngine::ProgressHandler& progress = {},
-                                           const std::stop_token& stop = {}) {
-        return m_engine.exportProject(project, request, progress, stop);
-    }
-
-    ExportRequest to(const char* name) {
-        ExportRequest request;
-        request.output = m_out / name;
-        return request;
-    }
-
-    void SetUp() override { fs::create_directories(m_out); }
-
-    fs::path m_out = m_folder.path() / "out";
-    FixedClock m_clock;
-    ExportActivity m_activity;
-    std::vector<std::string> m_log;
-    ExportEngine m_engine{{m_readers, m_writers, m_activity, m_ids, m_clock,
-                           [this](std::string_view line) { m_log.emplace_back(line); }, m_folder.path() / "home",
-                           "1.2.3"}};
-};
+using ExportEngineTest = ExportFixture;
 
 TEST_F(ExportEngineTest, ShowsEveryMomentOfTheEditAtItsTime) {
     // Given a take of 3 s of which the middle is cut out and the end plays twice as fast.
@@ -126,26 +101,58 @@ TEST_F(ExportEngineTest, AnExportWithoutANameGoesToTheExportsFolder) {
     EXPECT_TRUE(fs::exists(folder / "Export_1700000000.mp4"));
 }
 
-TEST_F(ExportEngineTest, TheSidecarLiesBesideTheVideoWhenItIsWanted) {
+TEST_F(ExportEngineTest, TheSidecarsLieBesideTheVideoWhenTheyAreWanted) {
     record(15);
     const auto project = plainProject({fragment(0, 0.5)});
-    const auto files = run(project, to("Film.mp4"));
-    ASSERT_TRUE(files);
-    EXPECT_THAT(files->sidecars, ElementsAre(m_out / "Film.events.json"));
-    const JSONValue sidecar = parseJSON(readFile(m_out / "Film.events.json").value()).value();
-    EXPECT_EQ(sidecar["generator"], "Morvelin 1.2.3 (founder mode)");
-    EXPECT_EQ(sidecar["video"], parseJSON(R"({"file":"Film.mp4","duration":0.5,"fps":30,
-                                              "resolution":{"width":320,"height":176}})")
-                                    .value());
+    const auto silent = run(project, to("Silent.mp4"));
+    ASSERT_TRUE(silent);
+    EXPECT_EQ(silent->events, m_out / "Silent.events.json");
+    EXPECT_EQ(silent->transcript, std::nullopt) << "nothing is said";
+    const JSONValue events = parseJSON(readFile(*silent->events).value()).value();
+    EXPECT_EQ(events["generator"], "Morvelin 1.2.3 (founder mode)");
+    EXPECT_EQ(events["video"], parseJSON(R"({"file":"Silent.mp4","duration":0.5,"fps":30,
+                                             "resolution":{"width":320,"height":176}})")
+                                   .value());
 
-    ExportRequest without = to("Bare.mp4");
-    without.sidecars = SidecarChoice::None;
-    EXPECT_TRUE(run(project, without).value().sidecars.empty());
+    say({{SourceTime(0.1), SourceTime(0.3), "Hello.", 0.9}});
+    const auto spoken = run(project, to("Film.mp4"));
+    EXPECT_EQ(spoken->transcript, m_out / "Film.transcript.json");
+    const JSONValue transcript = parseJSON(readFile(*spoken->transcript).value()).value();
+    EXPECT_EQ(transcript["video"], parseJSON(R"({"file":"Film.mp4","duration":0.5})").value());
+    EXPECT_EQ(transcript["segments"][0]["text"], "Hello.");
+
+    m_sidecars = SidecarChoice::None;
+    EXPECT_EQ(run(project, to("Bare.mp4"))->events, std::nullopt);
     EXPECT_FALSE(fs::exists(m_out / "Bare.events.json"));
+    m_sidecars = SidecarChoice::Written;
 
-    fs::create_directory(m_out / "Blocked.events.json");
-    EXPECT_TRUE(run(project, to("Blocked.mp4")).value().sidecars.empty()) << "no failure of the export";
-    EXPECT_THAT(m_log, ElementsAre(HasSubstr("[FounderMode] Failed to write events sidecar: ")));
+    for (const char* kind : {"events", "transcript"}) fs::create_directory(m_out / fmt::format("Blocked.{}.json", kind));
+    const auto blocked = run(project, to("Blocked.mp4"));
+    ASSERT_TRUE(blocked) << "no failure of the export";
+    EXPECT_EQ(blocked->events, std::nullopt);
+    EXPECT_EQ(blocked->transcript, std::nullopt);
+    EXPECT_THAT(m_log, ElementsAre(HasSubstr("[FounderMode] Failed to write events sidecar: "),
+                                   HasSubstr("[FounderMode] Failed to write transcript sidecar: ")));
+}
+
+TEST_F(ExportEngineTest, TheVideoIsOfTheMomentItsExportBegan) {
+    record(60);
+    const auto project = plainProject({fragment(0, 2)});
+    say({{SourceTime(0.1), SourceTime(0.3), "before", 0.9}});
+    for (const ExportFormat format : {ExportFormat::MP4, ExportFormat::GIF}) {
+        ExportRequest request = to(format == ExportFormat::GIF ? "Film.gif" : "Film.mp4");
+        request.format = format;
+        // When somebody throws the whole project away in the middle.
+        const fs::path elsewhere = m_folder.path() / "Trash";
+        const auto files = run(project, request, [&](const ExportProgress& progress) {
+            if (progress.frame == 10) fs::rename(m_bundle, elsewhere);
+        });
+        fs::rename(elsewhere, m_bundle);
+        ASSERT_TRUE(files) << files.error().description();
+        const auto film = open(files->video);
+        EXPECT_EQ(numberIn(*film->frameAt(SourceTime(1.01))->picture), 30);
+        EXPECT_THAT(readFile(files->transcript.value_or("")).value_or(""), HasSubstr("before"));
+    }
 }
 
 TEST_F(ExportEngineTest, ProgressGrowsFrameByFrameToTheEnd) {
@@ -161,13 +168,20 @@ TEST_F(ExportEngineTest, ProgressGrowsFrameByFrameToTheEnd) {
     EXPECT_EQ(last, 1);
 }
 
-TEST_F(ExportEngineTest, TheSameProjectGivesTheSameBytes) {
-    record(60);
-    auto project = plainProject({fragment(0, 2)});
-    project.versions[0].edit.padding = 0.1;
-    ASSERT_TRUE(run(project, to("A.mp4")));
-    ASSERT_TRUE(run(project, to("B.mp4")));
-    EXPECT_TRUE(readFile(m_out / "A.mp4").value() == readFile(m_out / "B.mp4").value());
+TEST_F(ExportEngineTest, TheSameProjectGivesTheSameBytesHoweverManyPartsAreRenderedAtATime) {
+    // Given a film of three parts with a camera that moves across their seams, and a long stillness.
+    record(360);
+    auto project = plainProject({fragment(0, 12)});
+    EditPayload& edit = project.versions[0].edit;
+    edit.padding = 0.1;
+    edit.zoomKeyframes = {{m_ids.next(), EditTime(0), 0_s, 1, ZoomTransitionType::Smooth, false},
+                          {m_ids.next(), EditTime(3.5), 1_s, 2, ZoomTransitionType::Smooth, false},
+                          {m_ids.next(), EditTime(7.8), 1_s, 1, ZoomTransitionType::Smooth, false}};
+    for (const int threads : {1, 3}) {
+        m_threads = threads;
+        ASSERT_TRUE(run(project, to(threads == 1 ? "One.mp4" : "Three.mp4")));
+    }
+    EXPECT_TRUE(readFile(m_out / "One.mp4").value() == readFile(m_out / "Three.mp4").value());
 }
 
 TEST_F(ExportEngineTest, AStopLeavesTheOlderFileAndNothingElse) {
@@ -207,7 +221,7 @@ TEST_F(ExportEngineTest, AnExportGoesOnWhileItsNeighbourIsCancelled) {
         if (progress.frame == 5)
             neighbour = std::jthread([&] {
                 SeededIdSource ids(99);
-                ExportEngine engine{{m_readers, m_writers, m_activity, ids, m_clock, {}, m_folder.path(), ""}};
+                ExportEngine engine{{m_readers, m_soundReaders, m_writers, m_activity, ids, m_clock, {}, m_folder.path(), ""}};
                 const auto cancelled = engine.exportProject(
                     project, to("Neighbour.mp4"), [&](const ExportProgress&) { stopper.request_stop(); },
                     stopper.get_token());
@@ -232,8 +246,6 @@ TEST_F(ExportEngineTest, EveryFailureIsOneSentenceAndLeavesNoFile) {
     std::string damaged = movie;
     for (std::size_t i = movie.size() / 2; i < movie.size() * 2 / 3; i += 3) damaged[i] = '\x5a';
 
-    ExportRequest gif = to("Film.gif");
-    gif.format = ExportFormat::GIF;
     struct Case {
         const char* what;
         std::optional<std::string> recording; ///< in place of the real one
@@ -259,8 +271,7 @@ TEST_F(ExportEngineTest, EveryFailureIsOneSentenceAndLeavesNoFile) {
          Kind::CompositionFailed,
          "Could not build edit composition"},
         {"no folder", movie, all, to("gone/Film.mp4"), Kind::TargetFolderMissing, "doesn’t exist"},
-        {"a folder", movie, all, to("."), Kind::TargetIsFolder, "is a folder"},
-        {"a GIF", movie, all, gif, Kind::GifNotAvailable, "MP4"}};
+        {"a folder", movie, all, to("."), Kind::TargetIsFolder, "is a folder"}};
     for (const Case& c : cases) {
         if (c.recording->empty())
             fs::remove(m_bundle / "recording.mov");

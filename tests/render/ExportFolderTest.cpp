@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 
 #include "base/TemporaryFolder.h"
@@ -54,19 +55,23 @@ TEST_F(ExportFolderTest, AnAbandonedExportLeavesTheOlderFile) {
 TEST_F(ExportFolderTest, SweepsDeadExportsAndSparesLivingOnes) {
     auto living = create(target);
     ASSERT_TRUE(living);
-    makeOld(living->file().parent_path());
-    const fs::path dead = temporary.path() / ("Morvelin-Export-" + ids.next().text());
-    const fs::path young = temporary.path() / ("Morvelin-Export-" + ids.next().text());
+    const auto working = [&](const char* ending) {
+        return temporary.path() / fmt::format("Morvelin-Export-{}{}", ids.next().text(), ending);
+    };
+    const fs::path dead = working("");
+    const fs::path neverLocked = working(".new");
+    const fs::path young = working(".new");
     const fs::path foreign = temporary.path() / "Morvelin-Export-notes";
-    for (const fs::path& path : {dead, young, foreign}) ASSERT_TRUE(fs::create_directory(path));
+    for (const fs::path& path : {dead, neverLocked, young, foreign}) ASSERT_TRUE(fs::create_directory(path));
     ASSERT_TRUE(writeFileAtomically(dead / "Film.mp4", "half"));
-    for (const fs::path& path : {dead, foreign}) makeOld(path);
+    for (const fs::path& path : {neverLocked, foreign}) makeOld(path);
 
     const auto another = create(temporary.path() / "Another.mp4");
     ASSERT_TRUE(another);
     EXPECT_FALSE(fs::exists(dead));
+    EXPECT_FALSE(fs::exists(neverLocked));
     EXPECT_TRUE(fs::exists(living->file().parent_path()));
-    EXPECT_TRUE(fs::exists(young)) << "it may not have locked itself yet";
+    EXPECT_TRUE(fs::exists(young)) << "it may be about to lock itself";
     EXPECT_TRUE(fs::exists(foreign));
 }
 

@@ -81,5 +81,24 @@ TEST(ExportSettings, ForAIIgnoresTheQuality) {
         EXPECT_EQ(forAISettings(c.canvas, c.nominal), c.settings) << c.canvas.width << " × " << c.canvas.height;
 }
 
+TEST(ExportSettings, AGIFHasWholeFramesAndAtLeastOne) {
+    struct Case {
+        double duration;
+        double frameRate;
+        std::int64_t frames;
+    };
+    for (const Case& c :
+         {Case{0, 20, 1}, {-1, 20, 1}, {0.01, 10, 1}, {1.99, 10, 19}, {1.15, 20, 23}, {3600, 24, 86'400}})
+        EXPECT_EQ(gifFrameCount(Seconds(c.duration), c.frameRate), c.frames) << c.duration;
+    EXPECT_EQ(gifSettings({1920, 1080}, Medium), (VideoSettings{{800, 450}, 15, 0}));
+}
+
+TEST(ExportSettings, QualitiesByTheirWords) {
+    for (const auto& [word, quality] :
+         {std::pair{"very_low", VeryLow}, {"verylow", VeryLow}, {"lowest", VeryLow}, {"ultra", Ultra}})
+        EXPECT_EQ(videoQualityNamed(word), quality);
+    for (const char* word : {"", "High", "best"}) EXPECT_EQ(videoQualityNamed(word), std::nullopt) << word;
+}
+
 } // namespace
 } // namespace morvelin

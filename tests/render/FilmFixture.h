@@ -7,6 +7,7 @@
 #include "core/base/Date.h"
 #include "media/FFmpegMovieReader.h"
 #include "media/FFmpegMovieWriter.h"
+#include "media/FFmpegSoundReader.h"
 #include "media/TestPictures.h"
 #include "storage/ProjectBundle.h"
 
@@ -76,7 +77,8 @@ protected:
     std::filesystem::path m_bundle = m_folder.path() / "Take.morvelin";
     SeededIdSource m_ids{7};
     FFmpegMovieReaderFactory m_readers;
-    FFmpegMovieWriterFactory m_writers{{FFmpegMovieWriterOptions::Hardware::Never, 2}};
+    FFmpegSoundReaderFactory m_soundReaders{{}};
+    FFmpegMovieWriterFactory m_writers{{.threads = 2}};
 };
 
 } // namespace morvelin

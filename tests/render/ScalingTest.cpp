@@ -59,7 +59,7 @@ struct RandomRows {
 };
 
 template <class Sample, class Loop>
-void expectEqualRows(SampleWidth width, Loop ScalingKernels::*loop, int limit) {
+void expectEqualRows(const ScalingKernels& vectors, SampleWidth width, Loop ScalingKernels::*loop, int limit) {
     std::mt19937 random(5);
     for (const double step : {0.02, 0.4, 0.93, 1.0, 1.3, 2.2, 9.0}) {
         if (width == SampleWidth::Deep && step > 1) continue;
@@ -73,20 +73,18 @@ void expectEqualRows(SampleWidth width, Loop ScalingKernels::*loop, int limit) {
             return pointers;
         };
         (plainScalingKernels().*loop)(taps, 1, taps.groups, source.pointers.data(), pointersTo(plain).data(), 5);
-        (vectorScalingKernels()->*loop)(taps, 1, taps.groups, source.pointers.data(), pointersTo(vector).data(), 5);
+        (vectors.*loop)(taps, 1, taps.groups, source.pointers.data(), pointersTo(vector).data(), 5);
         for (std::size_t row = 0; row < 5; ++row)
             for (std::size_t x = 0; x < 203 - 16; ++x) ASSERT_EQ(plain[row][x], vector[row][x]) << step << " at " << x;
     }
 }
 
-TEST(Scaling, VectorLoopsGiveTheSameBitsAsPlainOnes) {
-    if (vectorScalingKernels() == nullptr) GTEST_SKIP() << "this processor has no vectors";
-    expectEqualRows<std::uint8_t>(SampleWidth::Byte, &ScalingKernels::rows, 256);
-    expectEqualRows<std::int16_t>(SampleWidth::Deep, &ScalingKernels::deepRows, 32640);
+void expectSameBitsAsPlain(const ScalingKernels& vector) {
+    expectEqualRows<std::uint8_t>(vector, SampleWidth::Byte, &ScalingKernels::rows, 256);
+    expectEqualRows<std::int16_t>(vector, SampleWidth::Deep, &ScalingKernels::deepRows, 32640);
 
     std::mt19937 random(9);
     const ScalingKernels& plain = plainScalingKernels();
-    const ScalingKernels& vector = *vectorScalingKernels();
     for (const int taps : {2, 4, 6, 8, 10, 34}) {
         const RandomRows<std::int16_t> rows(taps, 130, 16320, random);
         std::vector<std::int16_t> weights(static_cast<std::size_t>(taps));
@@ -107,6 +105,12 @@ TEST(Scaling, VectorLoopsGiveTheSameBitsAsPlainOnes) {
             EXPECT_TRUE(std::equal(c.begin(), c.begin() + count, d.begin()));
         }
     }
+}
+
+TEST(Scaling, VectorLoopsGiveTheSameBitsAsPlainOnes) {
+    if (avx2ScalingKernels() == nullptr) GTEST_SKIP() << "this processor has no vectors";
+    expectSameBitsAsPlain(*avx2ScalingKernels());
+    if (avx512ScalingKernels() != nullptr) expectSameBitsAsPlain(*avx512ScalingKernels());
 }
 
 TEST(Scaling, DitherKeepsTheMeanOfAFlatGrey) {

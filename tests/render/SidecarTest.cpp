@@ -1,8 +1,14 @@
 #include "core/base/Rounding.h"
 #include "render/EventsSidecar.h"
+#include "render/SidecarFile.h"
+#include "render/TranscriptSidecar.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "base/TemporaryFolder.h"
+#include "core/base/Date.h"
+#include "storage/TranscriptFile.h"
 
 namespace morvelin {
 namespace {
@@ -147,7 +153,66 @@ TEST(EventsSidecar, IsWrittenForReadersOfText) {
     for (const auto& [video, sidecar] : {std::pair{"/a/Film.mp4", "/a/Film.events.json"},
                                          {"/a/v1.2.gif", "/a/v1.2.events.json"},
                                          {"/a.b/Film", "/a.b/Film.events.json"}})
-        EXPECT_EQ(eventsSidecarPath(video), sidecar);
+        EXPECT_EQ(sidecarPath(video, "events"), sidecar);
+}
+
+TranscriptWord word(double t, double endT, const char* text, double confidence = 0.9) {
+    return {SourceTime(t), SourceTime(endT), text, confidence};
+}
+
+JSONValue transcriptOf(const HeardTranscript& heard, const std::vector<VideoFragment>& fragments) {
+    return parseJSON(encode(makeTranscriptSidecar({heard, fragments, "a/Demo.gif", 12.34567_s, ""}))).value();
+}
+
+TEST(TranscriptSidecar, WordsGoWithThePictureAndAreGroupedAnew) {
+    // Given a take cut between 4 and 6 s, its second half twice as fast, and a fragment that stands still.
+    const std::vector fragments{fragment(6, 10, 2, 1), fragment(0, 4, 1, 0), fragment(4.5, 5, 0, 2)};
+    HeardTranscript heard{{"parakeet", "en", {}, {}}, {}};
+    heard.transcript.segments = {
+        TranscriptSegment::of({word(3.4, 3.8, "I", 0.8), word(3.9, 4.1, "cut"), word(4.6, 4.8, "away")}),
+        TranscriptSegment::of({word(6.0005, 6.5, "begin.", 0.7), word(7, 8, "Done", 0.5), word(9.9, 10.2, "late")})};
+    EXPECT_EQ(transcriptOf(heard, fragments), parsed(R"json({
+        "format":"morvelin-transcript", "version":1, "generator":"Morvelin dev (founder mode)",
+        "video":{"file":"a/Demo.gif","duration":12.346}, "language":"en", "engine":"parakeet",
+        "segments":[
+            {"t":3.4,"endT":4.25,"text":"I begin.","confidence":0.75,"words":[
+                {"t":3.4,"endT":3.8,"text":"I","confidence":0.8},
+                {"t":4,"endT":4.25,"text":"begin.","confidence":0.7}]},
+            {"t":4.5,"endT":5,"text":"Done","confidence":0.5,"words":[
+                {"t":4.5,"endT":5,"text":"Done","confidence":0.5}]}]})json"));
+
+    heard.transcript.language.reset();
+    const JSONValue nothingLeft = transcriptOf(heard, {});
+    EXPECT_FALSE(nothingLeft.contains("language"));
+    EXPECT_EQ(nothingLeft["segments"], JSONValue::array());
+}
+
+TEST(TranscriptSidecar, MovedSoundTakesItsWordsAlong) {
+    // Given sound that is heard a second later than its picture, and none of the second fragment's.
+    std::vector fragments{fragment(0, 4, 1, 0), fragment(4, 8, 1, 1)};
+    fragments[0].audio = FragmentAudio{1_s, {}, SourceTime(3), false};
+    fragments[1].audio = FragmentAudio{0_s, {}, {}, true};
+    const TemporaryFolder bundle;
+    const FounderSourceTranscript stored{
+        "parakeet",
+        {},
+        {},
+        {TranscriptSegment::of({word(0.5, 1, "early"), word(2.5, 3.2, "trimmed"), word(5, 5.5, "mute")})}};
+    ASSERT_TRUE(ProjectBundle::writeTranscript(stored, bundle.path()));
+    EditPayload edit;
+    edit.fragments = fragments;
+    SeededIdSource ids(1);
+    const SystemClock clock;
+    const auto heard = [&](AudioStack::RecordingSound sound) {
+        return heardTranscript(bundle.path(), edit, sound, {ids, clock}, [](std::string_view) {}).value();
+    };
+    const JSONValue moved = transcriptOf(heard(AudioStack::RecordingSound::Audible), fragments);
+    EXPECT_EQ(moved["segments"].size(), 1U);
+    EXPECT_EQ(moved["segments"][0]["words"], parsed(R"([{"t":1.5,"endT":2,"text":"early","confidence":0.9}])"));
+    const JSONValue written = transcriptOf(heard(AudioStack::RecordingSound::Silent), fragments);
+    EXPECT_EQ(written["segments"][0]["t"], 0.5) << "lines of a take without sound go with the picture";
+    EXPECT_FALSE(heardTranscript(bundle.path() / "gone", edit, AudioStack::RecordingSound::Audible, {ids, clock},
+                                 [](std::string_view) {}));
 }
 
 } // namespace
