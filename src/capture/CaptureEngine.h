@@ -21,11 +21,17 @@ public:
     /// Called when the capture ends by itself, in mid-take. The movie is complete by then; `stopCapture` gives it.
     std::function<void(const CaptureError&)> onStreamStopped;
 
+    /// Called with whole sentences for the user while the take goes on, such as that a microphone is lost.
+    std::function<void(const std::string&)> onNotice;
+
     [[nodiscard]] bool isRecording() const { return m_state == State::Recording || m_state == State::Paused; }
     [[nodiscard]] bool isPaused() const { return m_state == State::Paused; }
+    /// Nothing while no capture runs.
+    [[nodiscard]] std::optional<CaptureProgress> progress() const;
 
     /// Comes back once the first frame is recorded. The movie's folder is made where it is missing.
-    Task<Result<CaptureStart, CaptureError>> startCapture(CaptureTarget target, std::filesystem::path outputURL);
+    Task<Result<CaptureStart, CaptureError>> startCapture(CaptureTarget target, std::filesystem::path outputURL,
+                                                          SoundChoice sound = {});
     /// The movie has neither a hole nor a frozen frame where the pause was: what follows slides back.
     void pause(HostTime now);
     void resume(HostTime now);
@@ -36,6 +42,7 @@ private:
     enum class State { Idle, Starting, Recording, Paused, Finishing };
 
     Result<CaptureGeometry, CaptureError> prepare(const CaptureTarget& target, const std::filesystem::path& outputURL);
+    CaptureSession::Listener sessionListener();
     void sessionInterrupted(const CaptureError& error);
 
     EventLoop& m_loop;

@@ -17,6 +17,7 @@ std::string CaptureError::description() const {
     case InvalidCropRect: return "Selected area is invalid for the chosen display.";
     case StopInProgress: return "The recording is already being stopped.";
     case ScreenUnavailable:
+    case SoundUnavailable:
     case Interrupted: return detail;
     }
     std::unreachable();

@@ -18,6 +18,8 @@ struct CaptureError {
         StopInProgress,
         /// The screen can't be captured at all; the detail tells what to do.
         ScreenUnavailable,
+        /// The sound that was asked for can't be recorded; the detail tells what to do.
+        SoundUnavailable,
         /// The screen or the movie ended a running take; the detail tells why.
         Interrupted
     };

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <optional>
 #include <span>
+#include <string>
+#include <vector>
 
 #include "capture/CaptureError.h"
 #include "capture/CaptureTarget.h"
@@ -17,18 +19,29 @@ inline constexpr int kMaxCaptureDimension = 7680;
 
 /// What a take shows, resolved from its target.
 struct CaptureGeometry {
-    PixelBox area;       ///< desktop pixels that are captured
+    PixelBox area;       ///< desktop pixels that are captured; of a window, as the take begins
     PixelSize movieSize; ///< even; smaller than the area only where a side would be too long
     double pointPixelScale = 1;
-    std::string displayID;
+    std::string displayID;            ///< the display that must stay; empty for a window, which may go to another
+    std::optional<WindowID> windowID; ///< where one window is captured
 
     [[nodiscard]] double pointWidth() const { return area.width / pointPixelScale; }
     [[nodiscard]] double pointHeight() const { return area.height / pointPixelScale; }
 };
 
-/// Finds the target among the displays. An odd column or row at the edge is left out rather than scaled away, which
+/// What the desktop has to show.
+struct CaptureChoices {
+    std::vector<Display> displays;
+    std::vector<DesktopWindow> windows; ///< the frontmost first
+};
+
+/// Finds the target among the choices. An odd column or row at the edge is left out rather than scaled away, which
 /// would blur every pixel.
-Result<CaptureGeometry, CaptureError> resolveTarget(const CaptureTarget& target, std::span<const Display> displays);
+Result<CaptureGeometry, CaptureError> resolveTarget(const CaptureTarget& target, const CaptureChoices& choices);
+
+/// The window that is meant: the one with the id, or else the frontmost with exactly this title in any case, or else the
+/// frontmost whose title contains it. Null where there is none.
+[[nodiscard]] const DesktopWindow* findWindow(const WindowTarget& target, std::span<const DesktopWindow> windows);
 
 /// The movie's size for content of so many pixels: no side above `kMaxCaptureDimension`, each at least 2 and even.
 [[nodiscard]] PixelSize movieSizeFor(PixelSize content);

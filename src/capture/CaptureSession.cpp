@@ -14,6 +14,12 @@ constexpr const char* kThreadName = "com.morvelin.ca";
 constexpr Seconds kFirstFramePatience{5};
 /// How long the last frame shows when the take ends at once after it.
 constexpr Seconds kShortestLastFrame{1.0 / 60};
+/// The capture thread comes round at least so often, and so whoever watches it knows that it works.
+constexpr Seconds kLongestTurn{0.5};
+/// How long a stop waits for a screen or an encoder that is in the middle of something.
+constexpr std::chrono::seconds kStopPatience{2};
+constexpr Seconds kSoundInterval{0.05};
+constexpr Seconds kSoundIntervalInPause{0.25};
 
 CaptureError interruption(const ScreenError& error) { return {CaptureError::Kind::Interrupted, error.description()}; }
 
@@ -30,7 +36,8 @@ CaptureError setupError(const MovieWriterError& error, PixelSize size) {
     return {CaptureError::Kind::AssetWriterSetupFailed, std::move(detail)};
 }
 
-MovieSettings movieSettings(const std::filesystem::path& movie, PixelSize size) {
+MovieSettings movieSettings(const std::filesystem::path& movie, PixelSize size,
+                            std::vector<SoundTrackSettings> soundTracks) {
     return {.path = movie,
             .container = MovieSettings::Container::FragmentedQuickTime,
             .pace = MovieSettings::Pace::RealTime,
@@ -38,18 +45,21 @@ MovieSettings movieSettings(const std::filesystem::path& movie, PixelSize size) 
             .size = size,
             .frameRate = 60,
             .bitRate = captureBitRate(size),
-            .keyFrameInterval = Seconds(1)};
+            .keyFrameInterval = Seconds(1),
+            .soundTracks = std::move(soundTracks)};
 }
 
 } // namespace
 
 Result<std::unique_ptr<CaptureSession>, CaptureError> CaptureSession::start(const Services& services,
                                                                             const CaptureGeometry& geometry,
+                                                                            const SoundChoice& sound,
                                                                             std::filesystem::path movie,
-                                                                            Interrupted interrupted) {
-    std::unique_ptr<CaptureSession> session(new CaptureSession(services, std::move(movie), std::move(interrupted)));
-    if (auto opened = session->open(geometry); !opened) return passOn(std::move(opened));
+                                                                            Listener listener) {
+    std::unique_ptr<CaptureSession> session(new CaptureSession(services, std::move(movie), std::move(listener)));
+    if (auto opened = session->open(geometry, sound); !opened) return passOn(std::move(opened));
     auto firstFrame = session->m_firstFrame.get_future();
+    session->m_progress.lastTurn = services.clock.uptime();
     session->m_thread = std::thread([raw = session.get()] { raw->run(); });
     if (auto error = firstFrame.get()) {
         session->m_thread.join();
@@ -58,10 +68,10 @@ Result<std::unique_ptr<CaptureSession>, CaptureError> CaptureSession::start(cons
     return session;
 }
 
-CaptureSession::CaptureSession(Services services, std::filesystem::path movie, Interrupted interrupted)
+CaptureSession::CaptureSession(Services services, std::filesystem::path movie, Listener listener)
     : m_services(std::move(services)),
       m_movie(std::move(movie)),
-      m_interrupted(std::move(interrupted)) {}
+      m_listener(std::move(listener)) {}
 
 CaptureSession::~CaptureSession() {
     if (!m_thread.joinable()) return;
@@ -69,10 +79,15 @@ CaptureSession::~CaptureSession() {
     m_thread.join();
 }
 
-Result<void, CaptureError> CaptureSession::open(const CaptureGeometry& geometry) {
-    auto stream = m_services.screen.open({geometry.area, geometry.displayID});
+/// Sound comes first: it shall run when the first frame is there.
+Result<void, CaptureError> CaptureSession::open(const CaptureGeometry& geometry, const SoundChoice& choice) {
+    auto sound = SoundRecorder::open(m_services.audioInput, choice, m_listener.noticed, m_services.log);
+    if (!sound) return failure(CaptureError{CaptureError::Kind::SoundUnavailable, sound.error().description()});
+    m_sound = std::move(*sound);
+    auto stream = m_services.screen.open(
+        {.area = geometry.area, .displayID = geometry.displayID, .window = geometry.windowID});
     if (!stream) return failure(CaptureError{CaptureError::Kind::ScreenUnavailable, stream.error().description()});
-    auto writer = m_services.writers.create(movieSettings(m_movie, geometry.movieSize));
+    auto writer = m_services.writers.create(movieSettings(m_movie, geometry.movieSize, m_sound->trackSettings()));
     if (!writer) return failure(setupError(writer.error(), geometry.movieSize));
     m_stream = std::move(*stream);
     m_video.emplace(std::move(*writer), m_stream->size(), geometry.movieSize, m_services.log);
@@ -80,7 +95,15 @@ Result<void, CaptureError> CaptureSession::open(const CaptureGeometry& geometry)
 }
 
 void CaptureSession::pause(HostTime now) { send({Order::Pause, now}); }
-void CaptureSession::resume(HostTime now) { send({Order::Resume, now}); }
+
+void CaptureSession::resume(HostTime now) {
+    {
+        const std::lock_guard lock(m_progressMutex);
+        m_progress.lastTurn = now; // it had no turns to take in the pause
+    }
+    send({Order::Resume, now});
+}
+
 void CaptureSession::stop(HostTime now) { send({Order::Stop, now}); }
 
 void CaptureSession::send(Command command) {
@@ -93,7 +116,10 @@ void CaptureSession::send(Command command) {
 }
 
 Result<CapturedRecording, CaptureError> CaptureSession::result() {
-    if (m_thread.joinable()) m_thread.join();
+    if (m_thread.joinable()) {
+        if (m_hasEnded.wait_for(kStopPatience) == std::future_status::timeout) m_stream->cut();
+        m_thread.join();
+    }
     return *m_result;
 }
 
@@ -103,9 +129,11 @@ void CaptureSession::run() {
     pthread_setname_np(pthread_self(), kThreadName);
     if (auto error = captureFirstFrame()) {
         m_firstFrame.set_value(std::move(error));
+        m_end.set_value();
         return;
     }
     m_firstFrameTime = *m_video->firstVideoPTS();
+    m_sound->begin(m_firstFrameTime);
     m_firstFrame.set_value(std::nullopt);
 
     std::optional<CaptureError> error;
@@ -113,7 +141,22 @@ void CaptureSession::run() {
     const HostTime end = m_stopTime.value_or(m_services.clock.uptime());
     if (error) m_services.log("[CaptureEngine] Stream stopped with error");
     m_result = finish(end);
-    if (error) m_interrupted(*error);
+    m_end.set_value();
+    if (error) m_listener.interrupted(*error);
+}
+
+void CaptureSession::noteTurn() {
+    const HostTime now = m_services.clock.uptime();
+    const std::lock_guard lock(m_progressMutex);
+    m_progress.lastTurn = now;
+    m_progress.recorded = m_pauses.adjusted(now) - m_video->sessionStartTime().value_or(now);
+    m_progress.frames = m_video->appendedFrames();
+    m_progress.lostFrames = m_lostFrames.count();
+}
+
+CaptureProgress CaptureSession::progress() const {
+    const std::lock_guard lock(m_progressMutex);
+    return m_progress;
 }
 
 std::optional<CaptureError> CaptureSession::captureFirstFrame() {
@@ -127,13 +170,17 @@ std::optional<CaptureError> CaptureSession::captureFirstFrame() {
 std::optional<CaptureError> CaptureSession::captureNext() {
     obeyCommands();
     if (m_stopTime) return std::nullopt;
+    noteTurn();
+    if (auto error = writeSound()) return error;
     if (m_pauses.isPaused()) {
         if (auto written = m_video->flush(m_services.clock.uptime(), m_pauses); !written)
             return interruption(written.error());
         waitForCommand();
         return std::nullopt;
     }
-    auto captured = captureFrame(m_video->patience(m_services.clock.uptime()));
+    Seconds patience = std::min(m_video->patience(m_services.clock.uptime()), kLongestTurn);
+    if (m_sound->hasTracks()) patience = std::min(patience, kSoundInterval);
+    auto captured = captureFrame(patience);
     if (!captured) return std::move(captured).error();
     if (*captured) return std::nullopt;
     if (auto written = m_video->idle(m_services.clock.uptime(), m_pauses); !written)
@@ -144,11 +191,26 @@ std::optional<CaptureError> CaptureSession::captureNext() {
 /// True when a frame came within the time.
 Result<bool, CaptureError> CaptureSession::captureFrame(Seconds patience) {
     Result<void, MovieWriterError> written;
-    const auto came = m_stream->next(patience,
-                                     [&](const ScreenFrame& frame) { written = m_video->take(frame, m_pauses); });
+    const auto came = m_stream->next(patience, [&](const ScreenFrame& frame) {
+        written = m_video->take(frame, m_pauses);
+        const HostTime now = m_services.clock.uptime();
+        m_lostFrames.recorded(frame.time, now, m_frameRate.interval());
+        if (const auto interval = m_frameRate.recorded(now, now - frame.time)) m_stream->pace(*interval);
+    });
     if (!came) return failure(interruption(came.error()));
     if (!written) return failure(interruption(written.error()));
     return *came;
+}
+
+/// Little by little, so that no frame has to wait for much sound to be encoded.
+std::optional<CaptureError> CaptureSession::writeSound() {
+    const HostTime now = m_services.clock.uptime();
+    if (!m_sound->hasTracks() || now - m_soundWrittenAt < kSoundInterval) return std::nullopt;
+    m_soundWrittenAt = now;
+    const auto written = m_sound->write(now, m_video->writer());
+    if (!written) return interruption(written.error());
+    if (*written) m_video->soundAppended(now);
+    return std::nullopt;
 }
 
 void CaptureSession::obeyCommands() {
@@ -159,17 +221,28 @@ void CaptureSession::obeyCommands() {
     }
     for (const auto& [order, time] : commands) {
         switch (order) {
-        case Order::Pause: m_pauses.pause(time); break;
-        case Order::Resume: m_pauses.resume(time); break;
+        case Order::Pause:
+            m_pauses.pause(time);
+            m_sound->pause(time);
+            break;
+        case Order::Resume:
+            m_pauses.resume(time);
+            m_sound->resume(time);
+            break;
         case Order::Stop: m_stopTime = time; break;
         }
     }
 }
 
-/// While paused the screen isn't asked: what changes meanwhile is in the first frame afterwards.
+/// While paused the screen isn't asked: what changes meanwhile is in the first frame afterwards. Sound is still read, so
+/// that its clock stays known.
 void CaptureSession::waitForCommand() {
     std::unique_lock lock(m_mutex);
-    m_hasCommands.wait(lock, [this] { return !m_commands.empty(); });
+    const auto hasCommand = [this] { return !m_commands.empty(); };
+    if (m_sound->hasTracks())
+        m_hasCommands.wait_for(lock, std::chrono::duration<double>(kSoundIntervalInPause.value), hasCommand);
+    else
+        m_hasCommands.wait(lock, hasCommand);
 }
 
 Result<CapturedRecording, CaptureError> CaptureSession::finish(HostTime end) {
@@ -181,9 +254,11 @@ Result<CapturedRecording, CaptureError> CaptureSession::finish(HostTime end) {
         return failure(CaptureError{CaptureError::Kind::AssetWriterFailed, "No picture was recorded."});
     }
     const HostTime adjustedEnd = std::max(m_pauses.adjusted(end), *last + kShortestLastFrame);
+    // A writer that fails fails at its end too, and tells more there.
+    (void)m_sound->finish(end, adjustedEnd - *start, m_video->writer());
     if (auto finished = m_video->finish(adjustedEnd); !finished)
         return failure(CaptureError{CaptureError::Kind::AssetWriterFailed, finished.error().description()});
-    return CapturedRecording{m_movie, adjustedEnd - *start};
+    return CapturedRecording{m_movie, adjustedEnd - *start, m_frameRate.lowestRate()};
 }
 
 } // namespace morvelin

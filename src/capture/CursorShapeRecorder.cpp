@@ -34,9 +34,10 @@ std::uint64_t fingerprintOf(const PointerShape& pointer) {
 
 } // namespace
 
-CursorShapeRecorder::CursorShapeRecorder(PointerSource& pointer, double pointPixelScale)
+CursorShapeRecorder::CursorShapeRecorder(PointerSource& pointer, double pointPixelScale, Listener listener)
     : m_pointer(pointer),
-      m_pointPixelScale(pointPixelScale) {
+      m_pointPixelScale(pointPixelScale),
+      m_listener(std::move(listener)) {
     const auto arrow = pointer.arrow();
     if (!arrow || arrow->image.isEmpty()) return;
     m_arrowSilhouette = CursorSilhouette::of(arrow->image);
@@ -48,6 +49,7 @@ void CursorShapeRecorder::sample(SourceTime t, Place place) {
     if (m_lastShape && *m_lastShape == shape) return;
     m_lastShape = shape;
     m_changes.push_back({t, shape});
+    if (m_listener.onChange) m_listener.onChange(m_changes.back());
 }
 
 /// The image is looked at only when the system shows another pointer object than at the sample before.
@@ -74,6 +76,7 @@ std::optional<CursorShapeRecorder::ShapeID> CursorShapeRecorder::registerPointer
                         .hotSpotX = pointer.hotSpotX / m_pointPixelScale,
                         .hotSpotY = pointer.hotSpotY / m_pointPixelScale});
     m_images.emplace(id, pointer.image);
+    if (m_listener.onShape) m_listener.onShape(m_shapes.back(), pointer.image);
     return id;
 }
 

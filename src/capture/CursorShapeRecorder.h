@@ -1,6 +1,7 @@
 // Keeps what the pointer looked like during a take: each image once, and when which one showed. One for each take.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <unordered_map>
 
@@ -24,8 +25,14 @@ public:
 
     enum class Place { InsideCapture, OutsideCapture };
 
+    /// Told of what is recorded, as it is.
+    struct Listener {
+        std::function<void(const CursorShapeTrack::Shape&, const Image&)> onShape;
+        std::function<void(const CursorShapeTrack::Change&)> onChange;
+    };
+
     /// The system's arrow becomes shape 0, whatever shows as the take starts.
-    CursorShapeRecorder(PointerSource& pointer, double pointPixelScale);
+    CursorShapeRecorder(PointerSource& pointer, double pointPixelScale, Listener listener = {});
 
     /// Notes which shape shows at `t`, when it is another than before. Outside the capture no shape is known.
     void sample(SourceTime t, Place place);
@@ -42,6 +49,7 @@ private:
 
     PointerSource& m_pointer;
     double m_pointPixelScale = 1;
+    Listener m_listener;
     std::vector<CursorShapeTrack::Shape> m_shapes;
     std::vector<CursorShapeTrack::Change> m_changes;
     std::map<ShapeID, Image> m_images;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "platform/WindowFit.h"
+
 namespace morvelin {
 
 namespace {
@@ -18,10 +20,17 @@ CursorShapeRecorder::Place placeOf(const DesktopPoint& point, const PixelBox& re
 
 } // namespace
 
-CursorTracker::CursorTracker(EventLoop& loop, PointerSource& pointer) : m_loop(loop), m_pointer(pointer) {}
+CursorTracker::CursorTracker(EventLoop& loop, PointerSource& pointer, ScreenSource& screen)
+    : m_loop(loop),
+      m_pointer(pointer),
+      m_screen(screen) {}
 
-void CursorTracker::start(const PixelBox& target, HostTime startUptime, CursorShapeRecorder* shapeRecorder) {
+void CursorTracker::start(const PixelBox& target, std::optional<WindowID> windowID, HostTime startUptime,
+                          CursorShapeRecorder* shapeRecorder) {
     m_trackingRect = target;
+    m_windowID = windowID;
+    m_windowStartSize = {target.width, target.height};
+    m_lastWindowRefreshUptime = m_loop.now();
     m_startUptime = startUptime;
     m_shapeRecorder = shapeRecorder;
     m_events.clear();
@@ -64,7 +73,9 @@ void CursorTracker::poll(HostTime time) {
 }
 
 void CursorTracker::record(const Sample& sample) {
-    if (!m_isTracking || m_trackingRect.isEmpty()) return;
+    if (!m_isTracking) return;
+    refreshWindow(sample);
+    if (m_trackingRect.isEmpty()) return;
     const auto timestamp = sourceTime(sample.time);
     if (!timestamp) return;
     if (sample.event == CursorEventType::Move && m_shapeRecorder != nullptr)
@@ -72,6 +83,16 @@ void CursorTracker::record(const Sample& sample) {
     insert({*timestamp, fraction(sample.location.x, m_trackingRect.x, m_trackingRect.width),
             fraction(sample.location.y, m_trackingRect.y, m_trackingRect.height), sample.event, sample.button,
             sample.clickCount});
+}
+
+/// Follows a window that was moved. One that is gone or hidden is taken to be where it was.
+void CursorTracker::refreshWindow(const Sample& sample) {
+    if (!m_windowID) return;
+    const HostTime now = m_loop.now();
+    if (sample.event == CursorEventType::Move && now - m_lastWindowRefreshUptime < kWindowRefreshInterval) return;
+    m_lastWindowRefreshUptime = now;
+    if (const auto frame = m_screen.windowFrame(*m_windowID); frame)
+        m_trackingRect = desktopBoxOfPicture(*frame, m_windowStartSize);
 }
 
 /// The moment with the pauses before it taken out; nothing inside a pause or while no take runs.
@@ -90,6 +111,7 @@ void CursorTracker::insert(const CursorEvent& event) {
     auto place = m_events.end();
     while (place != m_events.begin() && std::prev(place)->timestamp > event.timestamp) --place;
     m_events.insert(place, event);
+    if (onEvent) onEvent(event);
 }
 
 } // namespace morvelin

@@ -1,6 +1,7 @@
 // Records the pointer apart from the picture: where it is 30 times a second, and each press and release. One a take.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "core/CursorEvent.h"
 #include "core/base/EventLoop.h"
 #include "platform/Pointer.h"
+#include "platform/Screen.h"
 
 namespace morvelin {
 
@@ -15,12 +17,17 @@ namespace morvelin {
 class CursorTracker {
 public:
     static constexpr Seconds kSampleInterval{1.0 / 30};
+    static constexpr Seconds kWindowRefreshInterval{0.1};
 
-    CursorTracker(EventLoop& loop, PointerSource& pointer);
+    CursorTracker(EventLoop& loop, PointerSource& pointer, ScreenSource& screen);
 
-    /// `target` is the captured area in desktop pixels; `startUptime` is time 0 of the track. The recorder, if any, must
-    /// live until `stop`.
-    void start(const PixelBox& target, HostTime startUptime, CursorShapeRecorder* shapeRecorder);
+    /// Told of each sample as it comes, which is not always the order of their times.
+    std::function<void(const CursorEvent&)> onEvent;
+
+    /// `target` is the captured area in desktop pixels, of a window where it is now; `startUptime` is time 0 of the track.
+    /// The recorder, if any, must live until `stop`.
+    void start(const PixelBox& target, std::optional<WindowID> windowID, HostTime startUptime,
+               CursorShapeRecorder* shapeRecorder);
     void pause(HostTime now);
     void resume(HostTime now);
     /// The samples in time order.
@@ -44,11 +51,13 @@ private:
 
     void poll(HostTime time);
     void record(const Sample& sample);
+    void refreshWindow(const Sample& sample);
     [[nodiscard]] std::optional<SourceTime> sourceTime(HostTime time) const;
     void insert(const CursorEvent& event);
 
     EventLoop& m_loop;
     PointerSource& m_pointer;
+    ScreenSource& m_screen;
     EventLoop::Timer m_eventMonitor;
     EventLoop::Timer m_pollTimer;
     std::optional<HostTime> m_startUptime;
@@ -56,7 +65,11 @@ private:
     bool m_isTracking = false;
     bool m_isPaused = false;
     std::vector<PausedSpan> m_pauses;
-    PixelBox m_trackingRect;
+    PixelBox m_trackingRect; ///< the part of the desktop that the movie stands for
+    std::optional<WindowID> m_windowID;
+    PixelSize
+        m_windowStartSize; ///< of the window as the take began, which is the movie's; a window that grows is shrunk
+    HostTime m_lastWindowRefreshUptime;
     CursorShapeRecorder* m_shapeRecorder = nullptr;
 };
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "capture/PauseTimeline.h"
-#include "capture/ScreenScaler.h"
+#include "media/ScreenScaler.h"
 #include "core/base/Log.h"
 #include "platform/MovieWriter.h"
 #include "platform/Screen.h"
@@ -26,6 +26,10 @@ public:
     Result<void, MovieWriterError> take(const ScreenFrame& frame, const PauseTimeline& pauses);
     /// What is due while the screen stands still.
     Result<void, MovieWriterError> idle(HostTime now, const PauseTimeline& pauses);
+    /// Sound has been appended to the movie, which is due in the file `kFlushDelay` later even if no frame comes.
+    void soundAppended(HostTime now) {
+        if (!m_unflushedSince) m_unflushedSince = now;
+    }
     /// Everything appended goes to the file now.
     Result<void, MovieWriterError> flush(HostTime now, const PauseTimeline& pauses);
     /// How long the screen may stand still before `idle` has something to do.
@@ -34,6 +38,7 @@ public:
     /// Completes the movie; its last frame shows until `end`.
     Result<void, MovieWriterError> finish(HostTime adjustedEnd);
 
+    [[nodiscard]] MovieWriter& writer() { return *m_writer; }
     /// When the movie's first frame was seen on the screen.
     [[nodiscard]] std::optional<HostTime> firstVideoPTS() const { return m_firstVideoPTS; }
     /// The movie's time 0 and its last frame, on the time line without pauses.
@@ -56,7 +61,7 @@ private:
     std::optional<HostTime> m_firstVideoPTS;
     std::optional<HostTime> m_sessionStartTime;
     std::optional<HostTime> m_lastAppendedPTS;
-    std::optional<HostTime> m_unflushedSince; ///< when the last frame came that may not be in the file yet
+    std::optional<HostTime> m_unflushedSince; ///< when the last came that may not be in the file yet
     std::int64_t m_appendedFrames = 0;
 };
 

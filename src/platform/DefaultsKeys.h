@@ -23,6 +23,8 @@ inline constexpr Flag kOnboardingAgentPageOrderMigrationApplied{"onboardingAgent
 inline constexpr Flag kShowCursor{"showCursor"}; ///< draw the pointer in new takes
 inline constexpr Flag kDimUnrecordedAreaDuringRecording{"dimUnrecordedAreaDuringRecording"};
 inline constexpr Text kCameraPreviewFrameOrigin{"cameraPreviewFrameOrigin"}; ///< where its panel was left
+inline constexpr Text kTakeEncoder{"takeEncoder"};               ///< the hardware encoder that works; empty: none
+inline constexpr Text kProbedTakeEncoders{"probedTakeEncoders"}; ///< those among which that one was found
 
 // Export.
 inline constexpr Text kLastExportQuality{"lastExportQuality"};

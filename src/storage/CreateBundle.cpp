@@ -34,6 +34,13 @@ std::optional<FileError> makeOwnFolder(const fs::path& path) {
     return FileError{FileError::Operation::CreateFolder, path, error ? error.value() : EEXIST};
 }
 
+void cutPointerTrack(FinishedTake& take) {
+    const auto isPastEnd = [&](SourceTime time) { return time.sinceZero() > take.duration; };
+    std::erase_if(take.cursorEvents, [&](const CursorEvent& event) { return isPastEnd(event.timestamp); });
+    if (take.cursorShapes)
+        std::erase_if(take.cursorShapes->track.changes, [&](const auto& change) { return isPastEnd(change.t); });
+}
+
 void storeCursorShapes(const FinishedTake& take, const fs::path& bundleURL, const Log& log) {
     if (!take.cursorShapes) return;
     const auto written = writeCursorShapes(*take.cursorShapes, bundleURL, log);
@@ -48,7 +55,8 @@ void storeCamera(const FinishedTake& take, const fs::path& bundleURL, const Log&
 
 Result<void, BundleError> writeFirstVersions(const FinishedTake& take, const fs::path& bundleURL,
                                              const Services& services) {
-    const EditPayload edit = initialEdit(take.cursorEvents, take.duration, services.ids);
+    EditPayload edit = initialEdit(take.cursorEvents, take.duration, services.ids);
+    edit.camera = take.cameraSettings;
     const ProjectVersion original = newOriginal(edit, services);
     const ProjectVersion first = newVersion("Version 1", edit, services);
     if (auto written = writeVersion(original, bundleURL); !written) return written;
@@ -68,8 +76,10 @@ Result<void, BundleError> writeFirstVersions(const FinishedTake& take, const fs:
 
 std::string recordingName(Date startedAt) { return "Recording " + startedAt.localDateAndTime(); }
 
-Result<fs::path, BundleError> createBundle(const FinishedTake& take, const Services& services) {
-    fs::path bundleURL = freeBundleURL(take.movie.parent_path(), take.movie.stem().string(), {});
+Result<fs::path, BundleError> createBundle(FinishedTake take, const Services& services) {
+    cutPointerTrack(take);
+    const fs::path& wanted = take.bundleURL.empty() ? take.movie : take.bundleURL;
+    fs::path bundleURL = freeBundleURL(wanted.parent_path(), wanted.stem().string(), {});
     if (auto error = makeOwnFolder(bundleURL)) return failure(BundleError(std::move(*error)));
     NewFolder folder(bundleURL);
     if (auto made = createFolder(bundleURL / kVersionsFolder); !made) return passOn(std::move(made));

@@ -12,7 +12,8 @@
 #include "base/TemporaryFolder.h"
 #include "capture/CaptureEngine.h"
 #include "capture/LoopRunner.h"
-#include "capture/ScreenScaler.h"
+#include "media/ScreenScaler.h"
+#include "platform/null/NullAudioInputSource.h"
 #include "platform/null/NullScreenSource.h"
 
 namespace morvelin {
@@ -30,6 +31,8 @@ public:
         return std::vector<Display>{{"left", {0, 0, m_size.width, m_size.height}, 1, false},
                                     {"right", {m_size.width, 0, m_size.width, m_size.height}, 1, true}};
     }
+    Result<std::vector<DesktopWindow>, ScreenError> windows() override { return std::vector<DesktopWindow>{}; }
+    std::optional<PixelBox> windowFrame(WindowID) override { return std::nullopt; }
     Result<std::unique_ptr<ScreenStream>, ScreenError> open(const ScreenStreamOptions& options) override {
         opened = options;
         return std::make_unique<Stream>(*this);
@@ -82,6 +85,8 @@ private:
             take({change.time, {m_screen.m_pixels.data(), size().width * 4, size()}, std::span(&change.box, 1)});
             return true;
         }
+        void pace(Seconds) override {}
+        void cut() override { m_screen.goAway(); }
         void interrupt() override {
             const std::lock_guard lock(m_screen.m_mutex);
             m_isInterrupted = true;
@@ -143,6 +148,7 @@ private:
             m_log.m_frames.push_back({time.value, {changed.begin(), changed.end()}, *picture.plane(0).data});
             return {};
         }
+        Result<void, MovieWriterError> appendSound(std::size_t, std::span<const float>) override { return {}; }
         Result<void, MovieWriterError> flush() override {
             const std::lock_guard lock(m_log.m_mutex);
             ++m_log.m_flushes;
@@ -166,7 +172,7 @@ private:
 class CaptureEngineTest : public testing::Test {
 protected:
     CaptureSession::Services services() {
-        return {screen, writers, clock, [this](std::string_view line) {
+        return {screen, audioInput, writers, clock, [this](std::string_view line) {
                     const std::lock_guard lock(linesMutex);
                     lines.emplace_back(line);
                 }};
@@ -194,6 +200,7 @@ protected:
     GLibEventLoop loop;
     SystemClock clock;
     InMemoryScreen screen{{64, 48}};
+    NullAudioInputSource audioInput{{}};
     WriterLog writers;
     std::mutex linesMutex;
     std::vector<std::string> lines;
@@ -337,7 +344,7 @@ TEST_F(CaptureEngineTest, DoesNotStartWithoutADisplayAScreenOrAnEncoder) {
     EXPECT_EQ(missing.error().description(), "No capturable display was found.");
 
     NullScreenSource none(ScreenError{ScreenError::Kind::NoDisplayServer, "There is no screen."});
-    CaptureEngine blind(loop, {none, writers, clock, [](std::string_view) {}});
+    CaptureEngine blind(loop, {none, audioInput, writers, clock, [](std::string_view) {}});
     const auto unseen = runTask(loop, blind.startCapture(DisplayTarget{}, folder.path() / "take.mov"));
     EXPECT_EQ(unseen.error().description(), "There is no screen.");
 
@@ -361,17 +368,51 @@ TEST(CaptureGeometry, KeepsMoviesEvenAndWithinTheirLimits) {
     EXPECT_EQ(captureBitRate({7680, 4320}), 120'000'000);
 }
 
-TEST(CaptureGeometry, FindsTheDisplayAndLeavesOutAnOddEdge) {
-    const std::vector<Display> displays{{"a", {0, 0, 1365, 767}, 1, false}, {"b", {1365, 0, 3840, 2160}, 2, true}};
-    const auto odd = resolveTarget(DisplayTarget{"a"}, displays);
-    ASSERT_TRUE(odd);
-    EXPECT_EQ(odd->area, (PixelBox{0, 0, 1364, 766}));
-    EXPECT_EQ(odd->movieSize, (PixelSize{1364, 766}));
-    const auto primary = resolveTarget(DisplayTarget{}, displays);
-    ASSERT_TRUE(primary);
-    EXPECT_EQ(primary->displayID, "b");
-    EXPECT_EQ(primary->pointWidth(), 1920);
-    EXPECT_FALSE(resolveTarget(DisplayTarget{"c"}, displays));
+TEST(CaptureGeometry, FindsDisplaysWindowsAndAreas) {
+    const CaptureChoices choices{{{"a", {0, 0, 1365, 767}, 1, false}, {"b", {1365, 0, 3840, 2160}, 2, true}},
+                                 {{1, "Inbox – Mail", "Mail", {1400, 10, 801, 601}},
+                                  {2, "mail", "Terminal", {20, 30, 400, 300}},
+                                  {3, "7", "Seven", {0, 0, 1, 300}},
+                                  {4, "", "Untitled", {0, 0, 10, 10}}}};
+    using enum CaptureError::Kind;
+    struct Case {
+        const char* what;
+        CaptureTarget target;
+        PixelBox area;
+        std::string displayID;
+        double scale = 1;
+        std::optional<CaptureError::Kind> error = {};
+    };
+    for (const auto& [what, target, area, displayID, scale, error] : {
+             Case{"an odd display", DisplayTarget{"a"}, {0, 0, 1364, 766}, "a"},
+             Case{"the primary one", DisplayTarget{}, {1365, 0, 3840, 2160}, "b", 2},
+             Case{"no display", DisplayTarget{"c"}, {}, "", 1, DisplayNotFound},
+             Case{"the whole title before a part of one", WindowTarget{" MAIL", {}}, {20, 30, 400, 300}, ""},
+             Case{"a part of a title", WindowTarget{"inbox", {}}, {1400, 10, 800, 600}, "", 2},
+             Case{"by number", WindowTarget{"", 2}, {20, 30, 400, 300}, ""},
+             Case{"a title that looks like a number", WindowTarget{"mail", 99}, {20, 30, 400, 300}, ""},
+             Case{"no window", WindowTarget{"Calendar", {}}, {}, "", 1, WindowNotFound},
+             Case{"no title", WindowTarget{"  ", {}}, {}, "", 1, WindowNotFound},
+             Case{"a window without a picture", WindowTarget{"7", {}}, {}, "", 1, WindowNotFound},
+             Case{"an area", AreaTarget{{10, 20, 101, 51}, ""}, {10, 20, 100, 50}, "a"},
+             Case{"an area on a scaled display", AreaTarget{{10, 20, 100, 50}, "b"}, {1385, 40, 200, 100}, "b", 2},
+             Case{"one from the desktop's corner", AreaTarget{{1500, 20, 100, 50}, ""}, {3000, 40, 200, 100}, "b", 2},
+             Case{"half outside", AreaTarget{{-1, 0, 100, 50}, "a"}, {}, "", 1, InvalidCropRect},
+             Case{"on two displays", AreaTarget{{1300, 0, 100, 50}, "a"}, {}, "", 1, InvalidCropRect},
+             Case{"nowhere", AreaTarget{{9000, 9000, 100, 50}, ""}, {}, "", 1, InvalidCropRect},
+             Case{"too thin", AreaTarget{{0, 0, 1, 50}, ""}, {}, "", 1, InvalidCropRect},
+             Case{"no number", AreaTarget{{std::nan(""), 0, 100, 50}, ""}, {}, "", 1, InvalidCropRect},
+             Case{"on no display", AreaTarget{{0, 0, 100, 50}, "c"}, {}, "", 1, DisplayNotFound},
+         }) {
+        const auto found = resolveTarget(target, choices);
+        EXPECT_EQ(found ? std::nullopt : std::optional(found.error().kind), error) << what;
+        if (!found) continue;
+        EXPECT_EQ(found->area, area) << what;
+        EXPECT_EQ(found->movieSize, (PixelSize{area.width, area.height})) << what;
+        EXPECT_EQ(found->displayID, displayID) << what;
+        EXPECT_EQ(found->pointPixelScale, scale) << what;
+        EXPECT_EQ(found->windowID.has_value(), std::holds_alternative<WindowTarget>(target)) << what;
+    }
     EXPECT_FALSE(resolveTarget(DisplayTarget{}, {}));
 }
 

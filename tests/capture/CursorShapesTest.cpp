@@ -8,6 +8,7 @@
 #include "capture/CursorTracker.h"
 #include "capture/InMemoryPointer.h"
 #include "core/base/SimulatedEventLoop.h"
+#include "platform/null/NullScreenSource.h"
 #include "media/PNG.h"
 #include "storage/CursorShapeFiles.h"
 
@@ -118,11 +119,12 @@ TEST_F(CursorShapeRecorderTest, CallsTheFirstShapeAnArrowWhereTheSystemHasNone) 
 
 TEST_F(CursorShapeRecorderTest, HearsFromTheTrackerWhetherThePointerIsInside) {
     SimulatedEventLoop loop;
-    CursorTracker tracker(loop, pointer);
+    NullScreenSource screen(ScreenError{});
+    CursorTracker tracker(loop, pointer, screen);
     CursorShapeRecorder recorder(pointer, 1);
     show(7, drawn(kArrow, 3));
     pointer.place = DesktopPoint{10, 10};
-    tracker.start({0, 0, 100, 100}, loop.now(), &recorder);
+    tracker.start({0, 0, 100, 100}, {}, loop.now(), &recorder);
     loop.advance(0.5_s);
     pointer.place = DesktopPoint{100, 10}; // just past the right edge
     loop.advance(0.5_s);

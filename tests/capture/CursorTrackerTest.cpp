@@ -14,16 +14,34 @@ namespace {
 
 constexpr PixelBox kArea{100, 200, 400, 300};
 
+/// A desktop with one window, which a test moves.
+class MovableWindow final : public ScreenSource {
+public:
+    Result<std::vector<Display>, ScreenError> displays() override { return failure(ScreenError{}); }
+    Result<std::vector<DesktopWindow>, ScreenError> windows() override { return failure(ScreenError{}); }
+    Result<std::unique_ptr<ScreenStream>, ScreenError> open(const ScreenStreamOptions&) override {
+        return failure(ScreenError{});
+    }
+    std::optional<PixelBox> windowFrame(WindowID) override {
+        ++questions;
+        return frame;
+    }
+
+    std::optional<PixelBox> frame;
+    int questions = 0;
+};
+
 class CursorTrackerTest : public testing::Test {
 protected:
-    void start() { tracker.start(kArea, loop.now(), nullptr); }
+    void start() { tracker.start(kArea, {}, loop.now(), nullptr); }
     void press(HostTime time, CursorEventType event = CursorEventType::MouseDown) {
         pointer.button({time, *pointer.place, event, MouseButton::Left, 1});
     }
 
     SimulatedEventLoop loop;
     InMemoryPointer pointer;
-    CursorTracker tracker{loop, pointer};
+    MovableWindow screen;
+    CursorTracker tracker{loop, pointer, screen};
 };
 
 } // namespace
@@ -106,7 +124,7 @@ TEST_F(CursorTrackerTest, TakesPausesOut) {
 
 TEST_F(CursorTrackerTest, CountsFromTheFirstFrameAndNeverBelowZero) {
     loop.advance(5_s);
-    tracker.start(kArea, HostTime(4.5), nullptr);
+    tracker.start(kArea, {}, HostTime(4.5), nullptr);
     press(HostTime(4.4));
     press(HostTime(4.9));
     const auto events = tracker.stop();
@@ -116,8 +134,39 @@ TEST_F(CursorTrackerTest, CountsFromTheFirstFrameAndNeverBelowZero) {
     EXPECT_NEAR(events[2].timestamp.value, 0.4, 1e-9);
 }
 
+TEST_F(CursorTrackerTest, FollowsAWindow) {
+    struct Case {
+        const char* what;
+        std::optional<PixelBox> frame;
+        double x;
+        double y;
+    };
+    const std::vector<Case> cases{{"where it was", kArea, 0.5, 0.5},
+                                  {"moved", PixelBox{200, 275, 400, 300}, 0.25, 0.25},
+                                  {"gone", std::nullopt, 0.25, 0.25},
+                                  {"smaller, in the movie's middle", PixelBox{200, 250, 200, 200}, 0.5, 0.5},
+                                  {"larger, at half its size", PixelBox{100, 200, 800, 300}, 0.25, 0.5},
+                                  {"moved a moment before a press", PixelBox{300, 350, 400, 300}, 0, 0}};
+    screen.frame = kArea;
+    pointer.place = DesktopPoint{300, 350};
+    tracker.start(kArea, 7, loop.now(), nullptr);
+    for (const Case& each : cases) {
+        loop.advance(1_s);
+        screen.frame = each.frame;
+        press(loop.now());
+    }
+    EXPECT_NEAR(screen.questions, 6 * 10, 12) << "ten times a second, and for each press";
+    std::vector<CursorEvent> presses = tracker.stop();
+    std::erase_if(presses, [](const CursorEvent& event) { return event.event == CursorEventType::Move; });
+    ASSERT_EQ(presses.size(), cases.size());
+    for (std::size_t index = 0; index < cases.size(); ++index) {
+        EXPECT_NEAR(presses[index].x, cases[index].x, 0.01) << cases[index].what;
+        EXPECT_NEAR(presses[index].y, cases[index].y, 0.01) << cases[index].what;
+    }
+}
+
 TEST_F(CursorTrackerTest, HasNothingWithoutAnAreaOrAPointer) {
-    tracker.start({100, 100, 0, 50}, loop.now(), nullptr);
+    tracker.start({100, 100, 0, 50}, {}, loop.now(), nullptr);
     loop.advance(1_s);
     press(loop.now());
     EXPECT_TRUE(tracker.stop().empty());

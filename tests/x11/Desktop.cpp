@@ -31,16 +31,92 @@ Desktop::Desktop(const std::string& display) : m_display(display), m_connection(
     xcb_create_gc(connection(), m_ink, m_root, 0, nullptr);
 }
 
-xcb_window_t Desktop::openWindow(const PixelBox& box, std::uint32_t colour) {
+xcb_window_t Desktop::create(const PixelBox& box, std::uint32_t colour, bool isManaged) {
     const xcb_window_t window = xcb_generate_id(connection());
-    const std::array<std::uint32_t, 2> values{colour, 1};
+    const std::array<std::uint32_t, 2> values{colour, isManaged ? 0U : 1U};
     xcb_create_window(connection(), XCB_COPY_FROM_PARENT, window, m_root, static_cast<std::int16_t>(box.x),
                       static_cast<std::int16_t>(box.y), static_cast<std::uint16_t>(box.width),
                       static_cast<std::uint16_t>(box.height), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
                       XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, values.data());
+    return window;
+}
+
+xcb_window_t Desktop::openWindow(const PixelBox& box, std::uint32_t colour) {
+    const xcb_window_t window = create(box, colour, false);
+    show(window);
+    return window;
+}
+
+xcb_window_t Desktop::openManagedWindow(const PixelBox& box, std::uint32_t colour, const std::string& title) {
+    const xcb_window_t window = create(box, colour, true);
+    setTitle(window, title);
+    show(window);
+    return window;
+}
+
+void Desktop::place(xcb_window_t window, const PixelBox& box) {
+    const std::array<std::uint32_t, 4> values{static_cast<std::uint32_t>(box.x), static_cast<std::uint32_t>(box.y),
+                                              static_cast<std::uint32_t>(box.width),
+                                              static_cast<std::uint32_t>(box.height)};
+    xcb_configure_window(connection(), window,
+                         XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                         values.data());
+    settle();
+}
+
+void Desktop::show(xcb_window_t window) {
     xcb_map_window(connection(), window);
     settle();
-    return window;
+}
+
+void Desktop::hide(xcb_window_t window) {
+    xcb_unmap_window(connection(), window);
+    settle();
+}
+
+void Desktop::minimise(xcb_window_t window) {
+    constexpr std::uint32_t kIconicState = 3;
+    xcb_client_message_event_t wish{};
+    wish.response_type = XCB_CLIENT_MESSAGE;
+    wish.format = 32;
+    wish.window = window;
+    wish.type = atom("WM_CHANGE_STATE");
+    wish.data.data32[0] = kIconicState;
+    xcb_send_event(connection(), 0, m_root, XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&wish));
+    settle();
+}
+
+void Desktop::close(xcb_window_t window) {
+    xcb_destroy_window(connection(), window);
+    settle();
+}
+
+xcb_atom_t Desktop::atom(const std::string& name) {
+    const auto cookie = xcb_intern_atom(connection(), 0, static_cast<std::uint16_t>(name.size()), name.c_str());
+    return owned(xcb_intern_atom_reply(connection(), cookie, nullptr))->atom;
+}
+
+void Desktop::setText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, const std::string& text) {
+    xcb_change_property(connection(), XCB_PROP_MODE_REPLACE, window, property, type, 8,
+                        static_cast<std::uint32_t>(text.size()), text.data());
+    settle();
+}
+
+void Desktop::setOldTitle(xcb_window_t window, const std::string& title) {
+    setText(window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, title);
+}
+void Desktop::setTitle(xcb_window_t window, const std::string& title) {
+    setText(window, atom("_NET_WM_NAME"), atom("UTF8_STRING"), title);
+}
+void Desktop::setResources(const std::string& resources) {
+    setText(m_root, XCB_ATOM_RESOURCE_MANAGER, XCB_ATOM_STRING, resources);
+}
+
+void Desktop::setWords(xcb_window_t window, const std::string& property, const std::vector<std::uint32_t>& words) {
+    xcb_change_property(connection(), XCB_PROP_MODE_REPLACE, window, atom(property), XCB_ATOM_CARDINAL, 32,
+                        static_cast<std::uint32_t>(words.size()), words.data());
+    settle();
 }
 
 void Desktop::fill(xcb_window_t window, const PixelBox& box, std::uint32_t colour) {
@@ -73,6 +149,21 @@ void Desktop::release(std::uint8_t button) { fake(XCB_BUTTON_RELEASE, button, 0,
 void Desktop::click(std::uint8_t button) {
     press(button);
     release(button);
+}
+
+void Desktop::tapKey(std::uint8_t keycode) {
+    fake(XCB_KEY_PRESS, keycode, 0, 0);
+    fake(XCB_KEY_RELEASE, keycode, 0, 0);
+}
+
+void Desktop::seizeServer() {
+    xcb_grab_server(connection());
+    settle();
+}
+
+void Desktop::releaseServer() {
+    xcb_ungrab_server(connection());
+    settle();
 }
 
 void Desktop::settle() { owned(xcb_get_input_focus_reply(connection(), xcb_get_input_focus(connection()), nullptr)); }

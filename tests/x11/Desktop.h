@@ -21,6 +21,20 @@ public:
 
     /// A window without a frame that shows at once, filled with a colour (0xRRGGBB).
     xcb_window_t openWindow(const PixelBox& box, std::uint32_t colour);
+    /// A window that a window manager puts a frame around.
+    xcb_window_t openManagedWindow(const PixelBox& box, std::uint32_t colour, const std::string& title);
+    void place(xcb_window_t window, const PixelBox& box);
+    void show(xcb_window_t window);
+    void hide(xcb_window_t window);
+    /// Asks the window manager to minimise the window.
+    void minimise(xcb_window_t window);
+    void close(xcb_window_t window);
+    /// The title that old programs set; in Latin-1.
+    void setOldTitle(xcb_window_t window, const std::string& title);
+    void setTitle(xcb_window_t window, const std::string& title);
+    void setWords(xcb_window_t window, const std::string& property, const std::vector<std::uint32_t>& words);
+    /// The X resources of the desktop, such as "Xft.dpi:\t192\n".
+    void setResources(const std::string& resources);
     void fill(xcb_window_t window, const PixelBox& box, std::uint32_t colour);
     /// One of the server's own pointer images, by its glyph number in the pointer font.
     void setPointer(xcb_window_t window, std::uint16_t glyph);
@@ -29,6 +43,11 @@ public:
     void press(std::uint8_t button);
     void release(std::uint8_t button);
     void click(std::uint8_t button);
+    void tapKey(std::uint8_t keycode);
+
+    /// Keeps the server from doing anything for others.
+    void seizeServer();
+    void releaseServer();
 
     /// Returns when the server has done all that was asked.
     void settle();
@@ -47,6 +66,9 @@ private:
         void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
     };
 
+    xcb_window_t create(const PixelBox& box, std::uint32_t colour, bool isManaged);
+    [[nodiscard]] xcb_atom_t atom(const std::string& name);
+    void setText(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, const std::string& text);
     void fake(std::uint8_t type, std::uint8_t detail, int x, int y);
     void randr(const std::string& arguments);
 

@@ -11,6 +11,8 @@ public:
     explicit NullScreenSource(ScreenError reason) : m_reason(std::move(reason)) {}
 
     Result<std::vector<Display>, ScreenError> displays() override { return failure(m_reason); }
+    Result<std::vector<DesktopWindow>, ScreenError> windows() override { return failure(m_reason); }
+    std::optional<PixelBox> windowFrame(WindowID) override { return std::nullopt; }
     Result<std::unique_ptr<ScreenStream>, ScreenError> open(const ScreenStreamOptions&) override {
         return failure(m_reason);
     }

@@ -1,5 +1,9 @@
 #include "platform/x11/Displays.h"
 
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
 #include <fmt/format.h>
 #include <xcb/randr.h>
 
@@ -13,10 +17,22 @@ std::string nameOf(const X11Connection& connection, xcb_get_atom_name_cookie_t c
     return {xcb_get_atom_name_name(reply.get()), static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get()))};
 }
 
+/// X knows one scale for all monitors, told by the density of text; 96 dots an inch is none. Small steps are a person's
+/// taste in text, no scale.
+double scaleOf(const X11Connection& connection) {
+    const auto setting = connection.resource("Xft.dpi");
+    if (!setting) return 1;
+    double dotsPerInch = 0;
+    const auto [end, error] = std::from_chars(setting->data(), setting->data() + setting->size(), dotsPerInch);
+    if (error != std::errc() || !(dotsPerInch > 0)) return 1;
+    return std::clamp(std::round(dotsPerInch / 96 * 4) / 4, 1.0, 4.0);
+}
+
 Result<std::vector<Display>, ScreenError> wholeDesktop(const X11Connection& connection) {
     const auto desktop = connection.desktop();
     if (!desktop) return failure(connection.lost());
-    return std::vector<Display>{{.id = "screen", .frame = *desktop, .pointPixelScale = 1, .isPrimary = true}};
+    return std::vector<Display>{
+        {.id = "screen", .frame = *desktop, .pointPixelScale = scaleOf(connection), .isPrimary = true}};
 }
 
 bool knowsMonitors(const X11Connection& connection) {
@@ -35,6 +51,7 @@ Result<std::vector<Display>, ScreenError> displaysOf(const X11Connection& connec
         connection.get(), xcb_randr_get_monitors(connection.get(), connection.root(), kActiveOnly), nullptr));
     if (!reply) return failure(connection.lost());
 
+    const double scale = scaleOf(connection);
     std::vector<Display> displays;
     std::vector<xcb_get_atom_name_cookie_t> names;
     for (auto monitor = xcb_randr_get_monitors_monitors_iterator(reply.get()); monitor.rem > 0;
@@ -42,7 +59,7 @@ Result<std::vector<Display>, ScreenError> displaysOf(const X11Connection& connec
         names.push_back(xcb_get_atom_name(connection.get(), monitor.data->name));
         displays.push_back({.id = {},
                             .frame = {monitor.data->x, monitor.data->y, monitor.data->width, monitor.data->height},
-                            .pointPixelScale = 1,
+                            .pointPixelScale = scale,
                             .isPrimary = monitor.data->primary != 0});
     }
     for (std::size_t index = 0; index < names.size(); ++index) displays[index].id = nameOf(connection, names[index]);

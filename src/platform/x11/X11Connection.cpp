@@ -1,11 +1,20 @@
 #include "platform/x11/X11Connection.h"
 
+#include <ctime>
+
 #include <fmt/format.h>
+#include <poll.h>
+#include <xcb/xcbext.h>
 #include <xcb/xproto.h>
+
+#include "platform/x11/HostClock.h"
 
 namespace morvelin {
 
 namespace {
+
+/// Long for a server that works, and short for a person who waits for the program.
+constexpr Seconds kShortPatience{0.1};
 
 const xcb_screen_t* screenNumbered(xcb_connection_t* connection, int number) {
     xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
@@ -49,6 +58,38 @@ bool X11Connection::hasExtension(xcb_extension_t& extension) const {
 
 std::uint8_t X11Connection::firstEvent(xcb_extension_t& extension) const {
     return xcb_get_extension_data(get(), &extension)->first_event;
+}
+
+bool X11Connection::isAnswering() const {
+    if (!m_owedReply) return true;
+    void* reply = nullptr;
+    xcb_generic_error_t* error = nullptr;
+    if (xcb_poll_for_reply(get(), *m_owedReply, &reply, &error) == 0) return false;
+    std::free(reply);
+    std::free(error);
+    m_owedReply.reset();
+    return true;
+}
+
+void* X11Connection::waitForReply(unsigned sequence, Patience patience) const {
+    if (patience == Patience::Endless) return xcb_wait_for_reply(get(), sequence, nullptr);
+    flush();
+    const HostTime limit = hostNow() + kShortPatience;
+    for (;;) {
+        void* reply = nullptr;
+        xcb_generic_error_t* error = nullptr;
+        if (xcb_poll_for_reply(get(), sequence, &reply, &error) != 0) {
+            std::free(error);
+            return reply;
+        }
+        const Seconds left = limit - hostNow();
+        if (left <= Seconds(0)) break;
+        pollfd watched{descriptor(), POLLIN, 0};
+        (void)::poll(&watched, 1, static_cast<int>(left.value * 1000) + 1);
+    }
+    if (m_owedReply) xcb_discard_reply(get(), *m_owedReply);
+    m_owedReply = sequence;
+    return nullptr;
 }
 
 std::optional<PixelBox> X11Connection::desktop() const {

@@ -48,6 +48,19 @@ public:
     /// The next event that has arrived; null when there is none.
     [[nodiscard]] X11Reply<xcb_generic_event_t> poll() const { return owned(xcb_poll_for_event(get())); }
 
+    /// False while the server owes an answer that did not come in time: a question would only be held up by it as well.
+    [[nodiscard]] bool isAnswering() const;
+    enum class Patience {
+        Endless,
+        /// Null also when the server doesn't answer within a moment, as while another program has it all for itself.
+        Short
+    };
+    /// The answer to a question just sent, by its sequence number. Null when the server refused or is gone.
+    template <class T>
+    [[nodiscard]] X11Reply<T> reply(unsigned sequence, Patience patience) const {
+        return X11Reply<T>(static_cast<T*>(waitForReply(sequence, patience)));
+    }
+
     /// The root window's present box; nothing when the server is gone.
     [[nodiscard]] std::optional<PixelBox> desktop() const;
     /// A setting of the X resource database on the root window, such as "Xcursor.theme".
@@ -62,10 +75,12 @@ private:
     };
 
     X11Connection() = default;
+    [[nodiscard]] void* waitForReply(unsigned sequence, Patience patience) const;
 
     std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
     const xcb_screen_t* m_screen = nullptr;
     std::string m_display;
+    mutable std::optional<unsigned> m_owedReply; ///< of a question that was not answered in time
 };
 
 } // namespace morvelin

@@ -70,9 +70,11 @@ X11PointerSource::X11PointerSource(X11Connection connection)
     m_connection.flush();
 }
 
+/// A server that hangs must not hold the main thread, which alone can tell of it.
 std::optional<DesktopPoint> X11PointerSource::location() {
-    const auto reply = owned(xcb_query_pointer_reply(
-        m_connection.get(), xcb_query_pointer(m_connection.get(), m_connection.root()), nullptr));
+    if (!m_connection.isAnswering()) return std::nullopt;
+    const auto question = xcb_query_pointer(m_connection.get(), m_connection.root());
+    const auto reply = m_connection.reply<xcb_query_pointer_reply_t>(question.sequence, X11Connection::Patience::Short);
     if (!reply) return std::nullopt;
     return DesktopPoint{static_cast<double>(reply->root_x), static_cast<double>(reply->root_y)};
 }
@@ -95,8 +97,10 @@ std::optional<PointerShape> X11PointerSource::shape() {
     readEvents();
     if (m_serial)
         if (const auto seen = m_seenShapes.find(*m_serial); seen != m_seenShapes.end()) return seen->second;
-    const auto reply = owned(xcb_xfixes_get_cursor_image_and_name_reply(
-        m_connection.get(), xcb_xfixes_get_cursor_image_and_name(m_connection.get()), nullptr));
+    if (!m_connection.isAnswering()) return std::nullopt;
+    const auto question = xcb_xfixes_get_cursor_image_and_name(m_connection.get());
+    const auto reply = m_connection.reply<xcb_xfixes_get_cursor_image_and_name_reply_t>(question.sequence,
+                                                                                        X11Connection::Patience::Short);
     if (!reply) return std::nullopt;
     m_serial = reply->cursor_serial;
     if (m_seenShapes.size() >= kMostSeenShapes) m_seenShapes.clear();

@@ -2,6 +2,7 @@
 
 #include "platform/x11/Displays.h"
 #include "platform/x11/X11ScreenStream.h"
+#include "platform/x11/X11WindowStream.h"
 
 namespace morvelin {
 
@@ -13,9 +14,16 @@ Result<std::unique_ptr<X11ScreenSource>, ScreenError> X11ScreenSource::connect(c
 
 Result<std::vector<Display>, ScreenError> X11ScreenSource::displays() { return displaysOf(m_connection); }
 
+std::optional<PixelBox> X11ScreenSource::windowFrame(WindowID id) {
+    const auto place = m_windows.place(id, X11Windows::Patience::Short);
+    if (!place || !place->isShown) return std::nullopt;
+    return place->frame;
+}
+
 Result<std::unique_ptr<ScreenStream>, ScreenError> X11ScreenSource::open(const ScreenStreamOptions& options) {
     auto connection = X11Connection::open(m_connection.display());
     if (!connection) return passOn(std::move(connection));
+    if (options.window) return X11WindowStream::open(std::move(*connection), options);
     return X11ScreenStream::open(std::move(*connection), options);
 }
 

@@ -1,62 +1,10 @@
 #include "platform/x11/X11ScreenStream.h"
 
-#include <fmt/format.h>
 #include <xcb/randr.h>
 
 #include "platform/x11/Displays.h"
-#include "platform/x11/FetchPlan.h"
 
 namespace morvelin {
-
-namespace {
-
-constexpr int kBytesPerPixel = 4;
-
-/// Bits that tell a sent event from the server's own are no part of its number.
-constexpr std::uint8_t kEventNumber = 0x7f;
-
-std::size_t bytesOf(const PixelBox& box) {
-    return static_cast<std::size_t>(box.width) * static_cast<std::size_t>(box.height) * kBytesPerPixel;
-}
-
-PixelBox relativeTo(const PixelBox& origin, const PixelBox& box) {
-    return {box.x - origin.x, box.y - origin.y, box.width, box.height};
-}
-
-/// Whether the root window's pixels are bytes B, G, R and one unused.
-bool hasExpectedPixels(const X11Connection& connection) {
-    const xcb_setup_t* setup = xcb_get_setup(connection.get());
-    bool hasWords = false;
-    for (auto format = xcb_setup_pixmap_formats_iterator(setup); format.rem > 0; xcb_format_next(&format))
-        if (format.data->depth == connection.screen().root_depth) hasWords = format.data->bits_per_pixel == 32;
-    if (!hasWords || setup->image_byte_order != XCB_IMAGE_ORDER_LSB_FIRST) return false;
-
-    for (auto depth = xcb_screen_allowed_depths_iterator(&connection.screen()); depth.rem > 0; xcb_depth_next(&depth))
-        for (auto visual = xcb_depth_visuals_iterator(depth.data); visual.rem > 0; xcb_visualtype_next(&visual))
-            if (visual.data->visual_id == connection.screen().root_visual)
-                return visual.data->red_mask == 0xff0000 && visual.data->green_mask == 0xff00 &&
-                       visual.data->blue_mask == 0xff;
-    return false;
-}
-
-Result<void, ScreenError> requireExtensions(const X11Connection& connection) {
-    if (!connection.hasExtension(xcb_damage_id)) return failure(connection.lacks("DAMAGE"));
-    if (!connection.hasExtension(xcb_xfixes_id)) return failure(connection.lacks("XFIXES"));
-    // A server speaks these extensions only with clients that have said their version.
-    const auto damage = xcb_damage_query_version(connection.get(), 1, 1);
-    const auto fixes = xcb_xfixes_query_version(connection.get(), 4, 0);
-    const auto damageVersion = owned(xcb_damage_query_version_reply(connection.get(), damage, nullptr));
-    const auto fixesVersion = owned(xcb_xfixes_query_version_reply(connection.get(), fixes, nullptr));
-    if (!damageVersion || !fixesVersion) return failure(connection.lost());
-    if (!hasExpectedPixels(connection))
-        return failure(ScreenError{ScreenError::Kind::UnsupportedPixels,
-                                   fmt::format("The X display “{}” has {} bits of colour; recording needs 24. Set the "
-                                               "server's depth to 24.",
-                                               connection.display(), connection.screen().root_depth)});
-    return {};
-}
-
-} // namespace
 
 Result<std::unique_ptr<ScreenStream>, ScreenError> X11ScreenStream::open(X11Connection connection,
                                                                          const ScreenStreamOptions& options) {
@@ -66,167 +14,68 @@ Result<std::unique_ptr<ScreenStream>, ScreenError> X11ScreenStream::open(X11Conn
     const auto desktop = connection.desktop();
     if (!desktop) return failure(connection.lost());
 
-    std::unique_ptr<X11ScreenStream> stream(
-        new X11ScreenStream(std::move(connection), std::move(*memory), options, *desktop));
-    stream->watch();
+    std::unique_ptr<X11ScreenStream> stream(new X11ScreenStream(std::move(connection), std::move(*memory), options));
+    stream->show(*desktop);
+    stream->watchDesktop();
     return stream;
 }
 
-X11ScreenStream::X11ScreenStream(X11Connection connection, SharedMemory memory, const ScreenStreamOptions& options,
-                                 const PixelBox& desktop)
-    : m_connection(std::move(connection)),
-      m_memory(std::move(memory)),
-      m_image({options.area.width, options.area.height}),
-      m_options(options),
-      m_visible(relativeTo(options.area, options.area.intersected(desktop))) {}
+X11ScreenStream::X11ScreenStream(X11Connection connection, SharedMemory memory, const ScreenStreamOptions& options)
+    : X11DamageStream(std::move(connection), std::move(memory), {options.area.width, options.area.height},
+                      options.minimumFrameInterval),
+      m_area(options.area),
+      m_displayID(options.displayID) {}
 
-void X11ScreenStream::watch() {
-    xcb_connection_t* connection = m_connection.get();
-    m_region = xcb_generate_id(connection);
-    xcb_xfixes_create_region(connection, m_region, 0, nullptr);
-    m_damage = xcb_generate_id(connection);
-    xcb_damage_create(connection, m_damage, m_connection.root(), XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
-    m_damageEvent = m_connection.firstEvent(xcb_damage_id);
-
+void X11ScreenStream::watchDesktop() {
+    const xcb_window_t root = connection().root();
     const std::uint32_t rootEvents = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-    xcb_change_window_attributes(connection, m_connection.root(), XCB_CW_EVENT_MASK, &rootEvents);
-    if (m_connection.hasExtension(xcb_randr_id)) {
-        m_randrEvent = m_connection.firstEvent(xcb_randr_id);
-        xcb_randr_select_input(connection, m_connection.root(),
+    xcb_change_window_attributes(connection().get(), root, XCB_CW_EVENT_MASK, &rootEvents);
+    if (connection().hasExtension(xcb_randr_id)) {
+        m_randrEvent = connection().firstEvent(xcb_randr_id);
+        xcb_randr_select_input(connection().get(), root,
                                XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
                                    XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
     }
-    m_connection.flush();
+    watch(root);
 }
 
-Result<bool, ScreenError> X11ScreenStream::next(Seconds timeout, const std::function<void(const ScreenFrame&)>& take) {
-    const HostTime deadline = hostNow() + timeout;
-    std::vector<PixelBox> changed;
-    HostTime frameTime;
-    while (changed.empty()) {
-        const Wait outcome = waitForDamage(deadline);
-        if (!m_connection.isAlive()) return failure(m_connection.lost());
-        if (outcome != Wait::Due) return false;
-
-        if (auto followed = followDesktop(changed); !followed) return passOn(std::move(followed));
-        auto drawn = takeDamage();
-        if (!drawn) return passOn(std::move(drawn));
-        frameTime = hostNow();
-        schedule(frameTime);
-        if (auto fetched = fetch(planFetch(*drawn), changed); !fetched) return passOn(std::move(fetched));
-        if (std::exchange(m_isFirstFrame, false)) changed = {PixelBox{0, 0, size().width, size().height}};
-    }
-    take({frameTime, m_image.pixels(), changed});
-    return true;
+void X11ScreenStream::show(const PixelBox& desktop) {
+    const PixelBox seen = m_area.intersected(desktop);
+    m_visible = {seen.x - m_area.x, seen.y - m_area.y, seen.width, seen.height};
+    setSource({.drawable = connection().root(),
+               .x = m_area.x,
+               .y = m_area.y,
+               .damageX = m_area.x,
+               .damageY = m_area.y,
+               .visible = m_visible});
 }
 
-/// Reads what has arrived without waiting for more.
-void X11ScreenStream::readEvents() {
-    while (const auto event = m_connection.poll()) {
-        const auto number = static_cast<std::uint8_t>(event->response_type & kEventNumber);
-        if (number == m_damageEvent)
-            m_isDamaged = true;
-        else if (number == XCB_CONFIGURE_NOTIFY ||
-                 (m_randrEvent != 0 && (number == m_randrEvent + XCB_RANDR_SCREEN_CHANGE_NOTIFY ||
-                                        number == m_randrEvent + XCB_RANDR_NOTIFY)))
-            m_hasDesktopChanged = true;
-    }
-}
-
-X11ScreenStream::Wait X11ScreenStream::waitForDamage(HostTime deadline) {
-    for (;;) {
-        readEvents();
-        const HostTime now = hostNow();
-        const bool hasWork = m_isDamaged || m_hasDesktopChanged;
-        if (!m_connection.isAlive() || (hasWork && now >= m_nextDue)) return Wait::Due;
-        if (now >= deadline) return Wait::TimedOut;
-        // Once damage is known, more of it is no reason to wake before the frame is due.
-        const int watched = hasWork ? -1 : m_connection.descriptor();
-        const HostTime limit = hasWork ? std::min(m_nextDue, deadline) : deadline;
-        if (waitFor(watched, m_wakeUp, limit) == WaitOutcome::Woken) return Wait::Interrupted;
-    }
-}
-
-/// Keeps frames on an even beat while they come without pause, and starts a new beat after a rest.
-void X11ScreenStream::schedule(HostTime frameTime) {
-    const HostTime onBeat = m_nextDue + m_options.minimumFrameInterval;
-    m_nextDue = onBeat > frameTime ? onBeat : frameTime + m_options.minimumFrameInterval;
+bool X11ScreenStream::changesSource(std::uint8_t number, const xcb_generic_event_t&) {
+    return number == XCB_CONFIGURE_NOTIFY ||
+           (m_randrEvent != 0 &&
+            (number == m_randrEvent + XCB_RANDR_SCREEN_CHANGE_NOTIFY || number == m_randrEvent + XCB_RANDR_NOTIFY));
 }
 
 /// After a change of resolution or of monitors: what the desktop no longer holds turns black, the rest is fetched anew.
-Result<void, ScreenError> X11ScreenStream::followDesktop(std::vector<PixelBox>& changed) {
-    if (!std::exchange(m_hasDesktopChanged, false)) return {};
-    const auto desktop = m_connection.desktop();
-    if (!desktop) return failure(m_connection.lost());
-    if (!m_options.displayID.empty()) {
-        auto present = displayNamed(m_connection, m_options.displayID);
+Result<void, ScreenError> X11ScreenStream::followSource(std::vector<PixelBox>& changed) {
+    const auto desktop = connection().desktop();
+    if (!desktop) return failure(connection().lost());
+    if (!m_displayID.empty()) {
+        auto present = displayNamed(connection(), m_displayID);
         if (!present) return passOn(std::move(present));
     }
-    m_visible = relativeTo(m_options.area, m_options.area.intersected(*desktop));
+    show(*desktop);
     const PixelBox& seen = m_visible;
     if (seen.isEmpty())
         return failure(
             ScreenError{ScreenError::Kind::DisplayNotFound, "The recorded part of the desktop is no longer there."});
-    const PixelSize size = m_image.size();
-    m_image.clear({seen.right(), 0, size.width - seen.right(), size.height}, changed);
-    m_image.clear({0, seen.bottom(), seen.right(), size.height - seen.bottom()}, changed);
-    m_isWholeWanted = true;
+    image().clear({seen.right(), 0, size().width - seen.right(), size().height}, changed);
+    image().clear({0, seen.bottom(), seen.right(), size().height - seen.bottom()}, changed);
     return {};
 }
 
-/// The boxes drawn upon since the last call, relative to the area, and forgets them.
-Result<std::vector<PixelBox>, ScreenError> X11ScreenStream::takeDamage() {
-    xcb_connection_t* connection = m_connection.get();
-    m_isDamaged = false;
-    xcb_damage_subtract(connection, m_damage, XCB_NONE, m_region);
-    if (std::exchange(m_isWholeWanted, false)) return std::vector<PixelBox>{m_visible};
-
-    const auto region = owned(
-        xcb_xfixes_fetch_region_reply(connection, xcb_xfixes_fetch_region(connection, m_region), nullptr));
-    if (!region) return failure(m_connection.lost());
-    const xcb_rectangle_t* rectangles = xcb_xfixes_fetch_region_rectangles(region.get());
-    const auto count = static_cast<std::size_t>(xcb_xfixes_fetch_region_rectangles_length(region.get()));
-    std::vector<PixelBox> drawn;
-    drawn.reserve(count);
-    for (const xcb_rectangle_t& each : std::span(rectangles, count)) {
-        const PixelBox box = relativeTo(m_options.area, {each.x, each.y, each.width, each.height});
-        if (const PixelBox seen = box.intersected(m_visible); !seen.isEmpty()) drawn.push_back(seen);
-    }
-    return drawn;
-}
-
-/// Has the server draw all boxes behind one another into the shared memory, then takes over what differs.
-Result<void, ScreenError> X11ScreenStream::fetch(std::span<const PixelBox> boxes, std::vector<PixelBox>& changed) {
-    constexpr std::uint32_t kAllPlanes = ~0U;
-    std::vector<xcb_shm_get_image_cookie_t> cookies;
-    std::size_t offset = 0;
-    for (const PixelBox& box : boxes) {
-        cookies.push_back(xcb_shm_get_image(
-            m_connection.get(), m_connection.root(), static_cast<std::int16_t>(m_options.area.x + box.x),
-            static_cast<std::int16_t>(m_options.area.y + box.y), static_cast<std::uint16_t>(box.width),
-            static_cast<std::uint16_t>(box.height), kAllPlanes, XCB_IMAGE_FORMAT_Z_PIXMAP, m_memory.segment(),
-            static_cast<std::uint32_t>(offset)));
-        offset += bytesOf(box);
-    }
-
-    offset = 0;
-    for (std::size_t index = 0; index < boxes.size(); ++index) {
-        const auto fetched = owned(xcb_shm_get_image_reply(m_connection.get(), cookies[index], nullptr));
-        if (!fetched) {
-            discardReplies(std::span(cookies).subspan(index + 1));
-            if (!m_connection.isAlive()) return failure(m_connection.lost());
-            // The desktop has shrunk under the request: look at it again.
-            m_hasDesktopChanged = true;
-            return {};
-        }
-        m_image.update(boxes[index], m_memory.data() + offset, changed);
-        offset += bytesOf(boxes[index]);
-    }
-    return {};
-}
-
-void X11ScreenStream::discardReplies(std::span<const xcb_shm_get_image_cookie_t> cookies) const {
-    for (const xcb_shm_get_image_cookie_t& cookie : cookies) xcb_discard_reply(m_connection.get(), cookie.sequence);
+void X11ScreenStream::put(const PixelBox& box, const std::uint8_t* pixels, std::vector<PixelBox>& changed) {
+    image().update(box, pixels, changed);
 }
 
 } // namespace morvelin
