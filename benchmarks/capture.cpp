@@ -1,5 +1,6 @@
 // Recording a desktop at 1920 × 1080: our CPU seconds for each recorded second against `ffmpeg -f x11grab` at 60 frames
-// a second with the same encoder, preset and bit rate, on the same scripted screen and on an idle one. Starts its own X
+// a second with the same encoder, preset and bit rate, on the same scripted screen and on an idle one; then with what
+// the machine plays and a microphone as two AAC tracks, against FFmpeg's `-f pulse`. Starts its own X server and sound
 // server. One line for each screen, medians of one run.
 //
 //   bench-capture [RUNS [SECONDS]]      default: 5 runs of 7 s
@@ -24,7 +25,9 @@
 #include "capture/CaptureEngine.h"
 #include "core/base/GLibEventLoop.h"
 #include "media/FFmpegMovieWriter.h"
+#include "platform/linux/PulseAudioInputSource.h"
 #include "platform/x11/X11ScreenSource.h"
+#include "sound/SoundServer.h"
 
 namespace {
 
@@ -32,6 +35,7 @@ using namespace morvelin;
 namespace fs = std::filesystem;
 
 constexpr const char* kRecordFlag = "--record";
+constexpr const char* kRecordSoundFlag = "--record-sound";
 
 [[noreturn]] void stop(const std::string& why) {
     fmt::print(stderr, "capture: {}\n", why);
@@ -134,20 +138,44 @@ private:
     std::optional<Process> m_manager;
 };
 
+/// A sound server whose output plays noise and whose microphone hears it; PULSE_SERVER names it.
+class Noise {
+public:
+    Noise() {
+        if (m_server.name().empty()) stop("pulseaudio does not start; is it installed?");
+        setenv("PULSE_SERVER", m_server.name().c_str(), 1);
+        m_played.emplace(noise({"-f", "pulse", "-device", "speakers", "noise"}));
+        m_spoken.emplace(noise({"-f", "f32le", "-ac", "1", "-ar", "44100", "-y", m_server.deskPipe()}));
+        wait(1);
+    }
+
+private:
+    static std::vector<std::string> noise(std::initializer_list<std::string> output) {
+        std::vector<std::string> words{"ffmpeg", "-v", "error", "-re", "-f", "lavfi", "-i", "anoisesrc=c=pink:a=0.3"};
+        words.insert(words.end(), output);
+        return words;
+    }
+
+    SoundServer m_server;
+    std::optional<Process> m_played;
+    std::optional<Process> m_spoken;
+};
+
 // ------------------------------------------------------------------------------------------ the two recorders
 
 /// Records the display until the time is over; this is what the benchmark measures of ours.
-int record(double seconds, const fs::path& movie) {
+int record(double seconds, const fs::path& movie, const SoundChoice& sound) {
     auto screen = X11ScreenSource::connect("");
     if (!screen) return 1;
-    FFmpegMovieWriterFactory writers{{.hardware = FFmpegMovieWriterOptions::Hardware::Never}};
+    FFmpegMovieWriterFactory writers;
     const SystemClock clock;
     GLibEventLoop loop;
-    CaptureEngine engine(loop, {**screen, writers, clock, [](std::string_view) {}});
+    PulseAudioInputSource audioInput(clock);
+    CaptureEngine engine(loop, {**screen, audioInput, writers, clock, [](std::string_view) {}});
     int status = 1;
     const CaptureTarget display = DisplayTarget{};
     const auto take = [&]() -> Task<void> {
-        const auto started = co_await engine.startCapture(display, movie);
+        const auto started = co_await engine.startCapture(display, movie, sound);
         if (started) {
             co_await loop.sleep(Seconds(seconds));
             const auto recording = co_await engine.stopCapture(loop.now());
@@ -160,26 +188,25 @@ int record(double seconds, const fs::path& movie) {
     return status;
 }
 
-std::vector<std::string> ours(double seconds, const fs::path& movie) {
-    return {"/proc/self/exe", kRecordFlag, fmt::format("{}", seconds), movie.string()};
+enum class Sound { None, Recorded };
+
+std::vector<std::string> ours(double seconds, const fs::path& movie, Sound sound) {
+    return {"/proc/self/exe", sound == Sound::Recorded ? kRecordSoundFlag : kRecordFlag, fmt::format("{}", seconds),
+            movie.string()};
 }
 
-std::vector<std::string> rival(double seconds, const fs::path& movie) {
-    return {"ffmpeg",      "-v",
-            "error",       "-y",
-            "-f",          "x11grab",
-            "-framerate",  "60",
-            "-draw_mouse", "0",
-            "-video_size", "1920x1080",
-            "-i",          Desktop::name(),
-            "-t",          fmt::format("{}", seconds),
-            "-c:v",        "libx264",
-            "-preset",     "ultrafast",
-            "-tune",       "zerolatency",
-            "-b:v",        "18662400",
-            "-g",          "60",
-            "-pix_fmt",    "yuv420p",
-            movie.string()};
+std::vector<std::string> rival(double seconds, const fs::path& movie, Sound sound) {
+    std::vector<std::string> words{"ffmpeg", "-v", "error", "-y"};
+    const auto add = [&](std::initializer_list<std::string> more) { words.insert(words.end(), more); };
+    add({"-f", "x11grab", "-framerate", "60", "-draw_mouse", "0", "-video_size", "1920x1080", "-i", Desktop::name()});
+    if (sound == Sound::Recorded)
+        for (const char* source : {"speakers.monitor", "desk"}) add({"-f", "pulse", "-i", source});
+    add({"-t", fmt::format("{}", seconds), "-c:v", "libx264", "-preset", "ultrafast", "-tune", "zerolatency"});
+    add({"-b:v", "18662400", "-g", "60", "-pix_fmt", "yuv420p"});
+    if (sound == Sound::Recorded)
+        add({"-map", "0:v", "-map", "1:a", "-map", "2:a", "-c:a", "aac", "-b:a", "128k", "-ar", "44100", "-ac", "2"});
+    words.push_back(movie.string());
+    return words;
 }
 
 // ------------------------------------------------------------------------------------------ screens and figures
@@ -258,19 +285,20 @@ double median(const std::vector<Cost>& costs, double Cost::*figure) {
     return values[values.size() / 2];
 }
 
-void compare(const Desktop& desktop, Scene& scene, const fs::path& folder, int runs, double seconds) {
+void compare(const Desktop& desktop, Scene& scene, const fs::path& folder, int runs, double seconds, Sound sound) {
     std::vector<Cost> mine;
     std::vector<Cost> theirs;
     for (int run = 0; run < runs; ++run) {
-        mine.push_back(measure(desktop, scene, ours(seconds, folder / "ours.mov"), seconds));
-        theirs.push_back(measure(desktop, scene, rival(seconds, folder / "theirs.mov"), seconds));
+        mine.push_back(measure(desktop, scene, ours(seconds, folder / "ours.mov", sound), seconds));
+        theirs.push_back(measure(desktop, scene, rival(seconds, folder / "theirs.mov", sound), seconds));
     }
     const double recorder = median(mine, &Cost::recorder);
     const double rivalRecorder = median(theirs, &Cost::recorder);
-    fmt::print("{}: {:.3f} of x11grab's CPU: {:.3f} against {:.3f} s for each recorded second (the X server beside: "
+    fmt::print("{}{}: {:.3f} of x11grab's CPU: {:.3f} against {:.3f} s for each recorded second (the X server beside: "
                "{:.3f} against {:.3f}); files {:.1f} against {:.1f} MB\n",
-               scene.name(), recorder / rivalRecorder, recorder, rivalRecorder, median(mine, &Cost::server),
-               median(theirs, &Cost::server), static_cast<double>(fs::file_size(folder / "ours.mov")) / 1e6,
+               scene.name(), sound == Sound::Recorded ? " with sound" : "", recorder / rivalRecorder, recorder,
+               rivalRecorder, median(mine, &Cost::server), median(theirs, &Cost::server),
+               static_cast<double>(fs::file_size(folder / "ours.mov")) / 1e6,
                static_cast<double>(fs::file_size(folder / "theirs.mov")) / 1e6);
 }
 
@@ -278,14 +306,20 @@ void compare(const Desktop& desktop, Scene& scene, const fs::path& folder, int r
 
 int main(int count, char** arguments) {
     const std::vector<std::string> words(arguments + 1, arguments + count);
-    if (words.size() == 3 && words[0] == kRecordFlag) return record(std::stod(words[1]), words[2]);
+    if (words.size() == 3 && words[0] == kRecordFlag) return record(std::stod(words[1]), words[2], {});
+    if (words.size() == 3 && words[0] == kRecordSoundFlag)
+        return record(std::stod(words[1]), words[2], {.systemAudio = true, .microphone = ""});
     const int runs = words.empty() ? 5 : std::stoi(words[0]);
     const double seconds = words.size() < 2 ? 7 : std::stod(words[1]);
 
     const Folder folder;
     const Desktop desktop;
     WorkScene work(folder.path);
-    compare(desktop, work, folder.path, runs, seconds);
+    compare(desktop, work, folder.path, runs, seconds, Sound::None);
+    {
+        const Noise noise;
+        compare(desktop, work, folder.path, runs, seconds, Sound::Recorded);
+    }
     IdleScene idle;
-    compare(desktop, idle, folder.path, runs, seconds);
+    compare(desktop, idle, folder.path, runs, seconds, Sound::None);
 }

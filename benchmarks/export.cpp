@@ -14,6 +14,7 @@
 #include "core/base/Date.h"
 #include "media/FFmpegMovieReader.h"
 #include "media/FFmpegMovieWriter.h"
+#include "media/FFmpegSoundReader.h"
 #include "render/ExportEngine.h"
 #include "storage/ProjectBundle.h"
 
@@ -50,7 +51,7 @@ public:
     void run() {
         ExportRequest request;
         request.output = m_place.file("ours.mp4");
-        ExportEngine engine({m_readers, m_writers, m_activity, m_ids, m_clock, {}, m_place.bundle(), ""});
+        ExportEngine engine({m_readers, m_soundReaders, m_writers, m_activity, m_ids, m_clock, {}, m_place.bundle(), ""});
         bench::must(engine.exportProject(open(), request));
     }
 
@@ -60,6 +61,7 @@ private:
     SystemClock m_clock;
     ExportActivity m_activity;
     FFmpegMovieReaderFactory m_readers;
+    FFmpegSoundReaderFactory m_soundReaders{{}};
     FFmpegMovieWriterFactory m_writers;
 };
 

@@ -20,6 +20,7 @@
 #include "core/base/Date.h"
 #include "media/FFmpegMovieReader.h"
 #include "media/FFmpegMovieWriter.h"
+#include "media/FFmpegSoundReader.h"
 #include "render/ExportEngine.h"
 #include "render/Film.h"
 #include "render/ProjectFilm.h"
@@ -73,7 +74,7 @@ public:
     void exportTo(const fs::path& file, const Case& wanted) {
         ExportRequest request;
         request.output = file;
-        ExportEngine engine({m_readers, m_writers, m_activity, m_ids, m_clock, {}, m_folder, ""});
+        ExportEngine engine({m_readers, m_soundReaders, m_writers, m_activity, m_ids, m_clock, {}, m_folder, ""});
         must(engine.exportProject(projectOf(wanted, m_ids), request));
     }
 
@@ -112,6 +113,7 @@ private:
     SystemClock m_clock;
     ExportActivity m_activity;
     FFmpegMovieReaderFactory m_readers;
+    FFmpegSoundReaderFactory m_soundReaders{{}};
     FFmpegMovieWriterFactory m_writers;
 };
 

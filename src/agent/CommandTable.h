@@ -43,6 +43,10 @@ public:
     }
     /// A tool with an answer of its own form, such as a picture.
     void addCommand(std::string tool, Command run) { m_commands.emplace(std::move(tool), std::move(run)); }
+    /// Lets another command stand before a tool that is there, and gives the tool's own.
+    [[nodiscard]] Command replace(const std::string& tool, Command run) {
+        return std::exchange(m_commands.at(tool), std::move(run));
+    }
 
     /// Null for a name that no family took. The table outlives every call.
     [[nodiscard]] const Command* find(const std::string& tool) const {

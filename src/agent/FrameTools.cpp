@@ -84,7 +84,7 @@ Task<MCPToolResult> FrameTools::readSourceFrame(JSONValue arguments) {
     if (!at) co_return MCPToolResult::failed(missingTime().description());
     const auto clock = json::fromRawValue<FrameClock>(reader.text("clock").value_or("timeline"));
     if (!clock) co_return MCPToolResult::failed(invalidArgument("clock", "expected timeline or source").error());
-    const auto project = projectOf(reader);
+    const auto project = readProject(reader, m_services.folders, m_services.snapshots);
     if (!project) co_return MCPToolResult::failed(project.error());
 
     const Reading reading = [&](ProjectFrameReader& frames) { return frames.read(*at, *clock, kLongEdge); };
@@ -97,7 +97,7 @@ Task<MCPToolResult> FrameTools::readRenderedFrame(JSONValue arguments) {
     const ArgumentReader reader(arguments);
     const auto at = reader.number("at");
     if (!at) co_return MCPToolResult::failed(missingTime().description());
-    const auto project = projectOf(reader);
+    const auto project = readProject(reader, m_services.folders, m_services.snapshots);
     if (!project) co_return MCPToolResult::failed(project.error());
 
     const Reading reading = [&](ProjectFrameReader& frames) { return frames.readRendered(EditTime(*at), kLongEdge); };
@@ -114,14 +114,6 @@ Task<FrameTools::Frame> FrameTools::read(std::shared_ptr<const ProjectSnapshot> 
     });
     keepReader(std::move(reader));
     co_return frame;
-}
-
-Result<std::shared_ptr<const ProjectSnapshot>, std::string> FrameTools::projectOf(const ArgumentReader& arguments) {
-    const auto bundle = resolveProject(arguments, m_services.folders);
-    if (!bundle) return refusal(bundle.error());
-    auto snapshot = m_services.snapshots.read(*bundle);
-    if (!snapshot) return refusal(snapshot.error());
-    return std::move(*snapshot);
 }
 
 /// Two calls at once have a reader each.

@@ -37,7 +37,6 @@ private:
     Task<MCPToolResult> readSourceFrame(JSONValue arguments);
     Task<MCPToolResult> readRenderedFrame(JSONValue arguments);
     Task<Frame> read(std::shared_ptr<const ProjectSnapshot> project, const Reading& reading);
-    Result<std::shared_ptr<const ProjectSnapshot>, std::string> projectOf(const ArgumentReader& arguments);
     std::unique_ptr<ProjectFrameReader> takeReader();
     void keepReader(std::unique_ptr<ProjectFrameReader> reader);
 

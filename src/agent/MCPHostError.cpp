@@ -20,6 +20,7 @@ struct Describe {
     std::string operator()(const MCPHostError::EditorFailed& error) const {
         return fmt::format("Could not open the editor: {}", error.detail);
     }
+    std::string operator()(const MCPHostError::NotSaved& error) const { return error.detail; }
     std::string operator()(const MCPHostError::AlreadyRecording&) const {
         return "A recording is already in progress. Call stop_recording first.";
     }

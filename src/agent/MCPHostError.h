@@ -21,10 +21,14 @@ public:
     struct EditorFailed {
         std::string detail;
     };
+    /// A recording that was stopped did not become a project; whole sentences.
+    struct NotSaved {
+        std::string detail;
+    };
     struct AlreadyRecording {};
     struct NotRecording {};
-    using Reason =
-        std::variant<WindowNotFound, DisplayNotFound, CaptureFailed, EditorFailed, AlreadyRecording, NotRecording>;
+    using Reason = std::variant<WindowNotFound, DisplayNotFound, CaptureFailed, EditorFailed, NotSaved,
+                                AlreadyRecording, NotRecording>;
 
     MCPHostError(Reason reason) : m_reason(std::move(reason)) {}
 

@@ -6,9 +6,12 @@
 #include "agent/AgentFolders.h"
 #include "agent/CommandTable.h"
 #include "agent/EditTools.h"
+#include "agent/ExportTools.h"
 #include "agent/FrameTools.h"
+#include "agent/InputTools.h"
 #include "agent/ProjectSnapshot.h"
 #include "agent/ReadingTools.h"
+#include "agent/RecordingTools.h"
 #include "agent/ToolRouter.h"
 #include "agent/VersionTools.h"
 #include "platform/Trash.h"
@@ -19,6 +22,13 @@ namespace morvelin {
 /// Confined to the main thread.
 class MorvelinCommandRouter final : public ToolRouter {
 public:
+    /// What agents record and drive.
+    struct DesktopControl {
+        MCPHost& host;
+        InputPosting& posting;
+        ScreenSource& screen;
+        PointerSource& pointer;
+    };
     struct Services {
         AgentFolders folders;
         ProjectBundle::Services bundles;
@@ -27,6 +37,8 @@ public:
         const ImageFileProbe& images;
         MovieReaderFactory& movies;
         LiveEditors liveEditors = {}; ///< none: no editor runs
+        ExportEngineFactory exportEngineFactory = {};
+        std::optional<DesktopControl> desktop = {}; ///< none: a command that works on the files alone
     };
 
     explicit MorvelinCommandRouter(Services services);
@@ -44,6 +56,10 @@ private:
     VersionTools m_versionTools;
     EditTools m_editTools;
     FrameTools m_frameTools;
+    ExportTools m_exportTools;
+    AgentRecordingPacer m_pacer;
+    RecordingTools m_recordingTools;
+    std::optional<InputTools> m_inputTools; ///< where there is a desktop
     CommandTable m_commands;
 };
 

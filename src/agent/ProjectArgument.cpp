@@ -1,5 +1,6 @@
 #include "agent/ProjectArgument.h"
 
+#include "agent/CommandTable.h"
 #include "core/base/Text.h"
 #include "storage/BundleFiles.h"
 
@@ -35,6 +36,16 @@ Result<fs::path, MCPToolError> resolveNamedProject(const ArgumentReader& argumen
     if (bundle && !(ProjectBundle::hasBundleExtension(bundle->filename().native()) && fs::is_directory(*bundle, error)))
         return failure(MCPToolError(MCPToolError::ProjectNotFound{wanted}));
     return bundle;
+}
+
+Result<std::shared_ptr<const ProjectSnapshot>, std::string> readProject(const ArgumentReader& arguments,
+                                                                        const AgentFolders& folders,
+                                                                        ProjectSnapshots& snapshots) {
+    const auto bundle = resolveProject(arguments, folders);
+    if (!bundle) return refusal(bundle.error());
+    auto snapshot = snapshots.read(*bundle);
+    if (!snapshot) return refusal(snapshot.error());
+    return std::move(*snapshot);
 }
 
 } // namespace morvelin

@@ -6,6 +6,7 @@
 #include "agent/AgentFolders.h"
 #include "agent/ArgumentReader.h"
 #include "agent/MCPToolError.h"
+#include "agent/ProjectSnapshot.h"
 #include "core/base/Result.h"
 
 namespace morvelin {
@@ -18,5 +19,10 @@ Result<std::filesystem::path, MCPToolError> resolveProject(const ArgumentReader&
 /// a folder with a project's extension will do.
 Result<std::filesystem::path, MCPToolError> resolveNamedProject(const ArgumentReader& arguments,
                                                                 const AgentFolders& folders);
+
+/// The project that `resolveProject` finds, as its files stand; the error is one sentence.
+Result<std::shared_ptr<const ProjectSnapshot>, std::string> readProject(const ArgumentReader& arguments,
+                                                                        const AgentFolders& folders,
+                                                                        ProjectSnapshots& snapshots);
 
 } // namespace morvelin

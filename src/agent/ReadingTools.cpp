@@ -6,7 +6,7 @@
 #include "agent/ProjectDescription.h"
 #include "agent/ProjectSummary.h"
 #include "core/base/Files.h"
-#include "render/EventsSidecar.h"
+#include "render/SidecarFile.h"
 
 namespace morvelin {
 
@@ -53,10 +53,8 @@ ToolOutcome ReadingTools::listProjects(const ArgumentReader& arguments) const {
 }
 
 ToolOutcome ReadingTools::describeProject(const ArgumentReader& arguments) const {
-    const auto bundle = resolveProject(arguments, m_folders);
-    if (!bundle) return refusal(bundle.error());
-    const auto snapshot = m_snapshots.read(*bundle);
-    if (!snapshot) return refusal(snapshot.error());
+    const auto snapshot = readProject(arguments, m_folders, m_snapshots);
+    if (!snapshot) return failure(snapshot.error());
     return morvelin::describeProject(**snapshot, {moment(arguments, "from"), moment(arguments, "until")},
                                      EditorState::Closed);
 }
@@ -69,7 +67,7 @@ ToolOutcome ReadingTools::readEvents(const ArgumentReader& arguments) const {
         if (!sidecar) return refusal(MCPToolError(MCPToolError::NoExports{}));
     } else {
         const fs::path path = expandingTilde(*wanted, m_folders.home);
-        sidecar = wanted->ends_with(kSidecarEnding) ? path : eventsSidecarPath(path);
+        sidecar = wanted->ends_with(kSidecarEnding) ? path : sidecarPath(path, "events");
     }
     std::error_code error;
     if (!fs::exists(*sidecar, error))

@@ -1,5 +1,7 @@
 #include "app/Commands.h"
 
+#include <csignal>
+
 #include <fmt/core.h>
 
 #include "agent/MCPClient.h"
@@ -22,6 +24,7 @@ struct Outcome {
     std::string text;
     bool isError = false;
     std::optional<std::string> image = {};
+    bool isInterrupted = false;
 };
 
 void askForPatience() {
@@ -61,6 +64,14 @@ Outcome callOnFiles(Composition& composition, const CallOptions& options, const 
         outcome = {std::move(result.text), result.isError, std::move(result.imagePNG)};
         composition.loop.quit();
     };
+    // Whatever the tool has under way ends with the router, and the program waits for that.
+    const auto stop = [&] {
+        outcome = {.text = "Stopped.", .isError = true, .isInterrupted = true};
+        composition.loop.quit();
+    };
+    const auto interrupt = composition.loop.onSignal(SIGINT, stop);
+    const auto terminate = composition.loop.onSignal(SIGTERM, stop);
+    const auto hangUp = composition.loop.onSignal(SIGHUP, stop);
     composition.loop.spawn(call());
     composition.loop.run();
     return outcome;
@@ -96,6 +107,7 @@ int runCall(Composition& composition, const CallOptions& options) {
     const Outcome outcome = program ? callRunningProgram(*program, options, arguments)
                                     : callOnFiles(composition, options, arguments);
     fmt::print(outcome.isError ? stderr : stdout, "{}\n", outcome.text);
+    if (outcome.isInterrupted) return kStoppedByUser;
     if (outcome.image && !saveImage(*outcome.image, options.image)) return kFailure;
     return outcome.isError ? kFailure : kSuccess;
 }

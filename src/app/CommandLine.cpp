@@ -1,5 +1,7 @@
 #include "app/CommandLine.h"
 
+#include <charconv>
+
 #include <CLI/CLI.hpp>
 #include <fmt/ranges.h>
 
@@ -18,8 +20,11 @@ using Action = ClientsOptions::Action;
 struct Words {
     RecordOptions record;
     double seconds = 0;
+    std::string area;
+    std::string encoder;
     ExportOptions exporting;
-    std::string quality = "high";
+    std::string format;
+    std::string quality;
     CallOptions call;
     ClientsOptions clients;
     std::string shell;
@@ -27,29 +32,94 @@ struct Words {
     std::optional<Command> chosen;
 };
 
+std::optional<PointRect> parseArea(const std::string& text) {
+    PointRect rect;
+    const char* at = text.data();
+    const char* const end = at + text.size();
+    for (double* number : {&rect.x, &rect.y, &rect.width, &rect.height}) {
+        if (number != &rect.x && (at == end || *at++ != ',')) return std::nullopt;
+        const auto [rest, error] = std::from_chars(at, end, *number);
+        if (error != std::errc()) return std::nullopt;
+        at = rest;
+    }
+    if (at != end || !(rect.width > 0) || !(rect.height > 0)) return std::nullopt;
+    return rect;
+}
+
+/// What is recorded.
+void addSource(CLI::App& record, Words& words) {
+    CLI::Option* display =
+        record.add_option("--display", words.record.display, "the display, by its id (default: the primary one)")
+            ->type_name("ID");
+    CLI::Option* window = record
+                              .add_option(
+                                  "--window", words.record.window,
+                                  "one window, also while others cover it, by its title, a part of that, or its number")
+                              ->type_name("TITLE");
+    record
+        .add_option("--area", words.area,
+                    "a rectangle in points, from the corner of the desktop, or of the display that is named")
+        ->type_name("X,Y,W,H")
+        ->excludes(window)
+        ->check([](const std::string& text) {
+            if (parseArea(text)) return std::string();
+            return "“" + text + "” is no area; write left, top, width and height: 100,50,640,480";
+        });
+    window->excludes(display);
+}
+
+/// What is recorded besides the picture. A device's name follows an equals sign.
+void addDevices(CLI::App& record, Words& words) {
+    record.add_flag("--system-audio", words.record.systemAudio, "record what the machine plays");
+    record
+        .add_option("--microphone", words.record.microphone,
+                    "record a microphone: the default one, or --microphone=ID (“morvelin devices” lists them)")
+        ->type_name("[=ID]")
+        ->expected(0, 1);
+    record
+        .add_option("--camera", words.record.camera,
+                    "record a camera, for a bubble in the video: the first, or --camera=ID")
+        ->type_name("[=ID]")
+        ->expected(0, 1);
+}
+
 void addRecord(CLI::App& app, Words& words) {
-    CLI::App* record = app.add_subcommand("record", "Record a display; prints the project's path.");
-    record->add_option("--display", words.record.display, "the display to record, by its id (default: the primary one)")
-        ->type_name("ID");
+    CLI::App* record = app.add_subcommand("record",
+                                          "Record a display, a window or an area; prints the project's path.");
+    addSource(*record, words);
+    addDevices(*record, words);
     record->add_option("--seconds", words.seconds, "stop by itself after that many seconds (default: Ctrl-C stops)")
         ->type_name("N")
         ->check(CLI::Range(0.1, 86400.0).description(""));
     record->callback([&words] {
         if (words.seconds > 0) words.record.seconds = Seconds(words.seconds);
+        words.record.area = parseArea(words.area);
         words.chosen = words.record;
     });
 }
 
+void addDeviceList(CLI::App& app, Words& words) {
+    app.add_subcommand("devices", "List displays, microphones and cameras by their ids.")->callback([&words] {
+        words.chosen = DevicesOptions{};
+    });
+}
+
 void addExport(CLI::App& app, Words& words) {
-    CLI::App* exporting = app.add_subcommand("export", "Render a project to MP4; prints the paths.");
+    CLI::App* exporting = app.add_subcommand("export", "Render a project to MP4 or GIF; prints the paths.");
     exporting
         ->add_option("project", words.exporting.project,
                      "a project's folder or name (default: the one that changed last)")
         ->type_name("PROJECT");
+    exporting->add_option("--format", words.format, "mp4 or gif (default: what the output’s name ends in, else mp4)")
+        ->type_name("FORMAT")
+        ->check([](const std::string& word) {
+            if (json::fromRawValue<ExportFormat>(word)) return std::string();
+            return "“" + word + "” is neither mp4 nor gif.";
+        });
     exporting->add_option("--quality", words.quality, "very_low, low, medium, high or ultra (default: high)")
         ->type_name("Q")
         ->check([](const std::string& word) {
-            if (json::fromRawValue<VideoQuality>(word)) return std::string();
+            if (videoQualityNamed(word)) return std::string();
             return "“" + word + "” is none of very_low, low, medium, high and ultra.";
         });
     exporting->add_flag("--for-ai", words.exporting.forAI,
@@ -58,9 +128,22 @@ void addExport(CLI::App& app, Words& words) {
         ->add_option("--output", words.exporting.output, "the file to write (default: in ~/Movies/Morvelin/Exports)")
         ->type_name("FILE");
     exporting->callback([&words] {
-        words.exporting.quality = json::fromRawValue<VideoQuality>(words.quality).value_or(VideoQuality::High);
+        words.exporting.format = json::fromRawValue<ExportFormat>(words.format);
+        words.exporting.quality = videoQualityNamed(words.quality);
         words.chosen = words.exporting;
     });
+}
+
+/// Help and shells don't show it: the program runs it, since a broken driver may end whoever tries it.
+void addEncoderProbe(CLI::App& app, Words& words) {
+    CLI::App* probe = app.add_subcommand("probe-encoder", "Try a hardware encoder.")->group("");
+    probe->add_option("encoder", words.encoder, "its name")->type_name("NAME")->required();
+    probe->callback([&words] { words.chosen = ProbeEncoderOptions{words.encoder}; });
+}
+
+void addRecover(CLI::App& app, Words& words) {
+    app.add_subcommand("recover", "Make projects of takes that a crash has left; prints their paths.")
+        ->callback([&words] { words.chosen = RecoverOptions{}; });
 }
 
 void addServe(CLI::App& app, Words& words) {
@@ -143,6 +226,9 @@ void addCommands(CLI::App& app, Words& words) {
     app.set_version_flag("--version", std::string("morvelin ") + kVersion);
     app.require_subcommand(0, 1); // a word that is no command is then named as such
     addRecord(app, words);
+    addDeviceList(app, words);
+    addRecover(app, words);
+    addEncoderProbe(app, words);
     addExport(app, words);
     addServe(app, words);
     addCall(app, words);
@@ -165,6 +251,7 @@ CompletedWord completedWord(const CLI::Option& option) {
     if (option.get_expected_max() == 0) return {Kind::None, {}};
     if (type == "FILE" || type == "PROJECT") return {Kind::File, {}};
     if (type == "TOOL") return {Kind::ToolArguments, {}};
+    if (type == "FORMAT") return {Kind::Choice, rawTexts<ExportFormat>()};
     if (type == "Q") return {Kind::Choice, rawTexts<VideoQuality>()};
     if (type == "SHELL") return {Kind::Choice, rawTexts<Shell>()};
     if (type == "CLIENT") return {Kind::Choice, clientWords()};

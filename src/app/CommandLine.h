@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "agent/ShellCompletion.h"
+#include "capture/CaptureTarget.h"
 #include "core/base/Time.h"
 #include "platform/Picture.h"
 #include "render/ExportSettings.h"
@@ -17,15 +18,32 @@ namespace morvelin {
 /// `morvelin record`
 struct RecordOptions {
     std::optional<std::string> display; ///< absent means the primary one
+    std::optional<std::string> window;  ///< a window's title or number instead
+    std::optional<PointRect> area;      ///< a rectangle instead: of the display where one is named, else of the desktop
     std::optional<Seconds> seconds;     ///< absent means until Ctrl-C
+    bool systemAudio = false;
+    std::optional<std::string> microphone; ///< its id; empty: the default one
+    std::optional<std::string> camera;     ///< its id; empty: the first one
 };
+
+/// `morvelin devices`
+struct DevicesOptions {};
 
 /// `morvelin export`
 struct ExportOptions {
-    std::optional<std::string> project; ///< absent means the project that changed last
-    VideoQuality quality = VideoQuality::High;
+    std::optional<std::string> project;  ///< absent means the project that changed last
+    std::optional<ExportFormat> format;  ///< absent means that of the output's name, or else MP4
+    std::optional<VideoQuality> quality; ///< absent means high
     bool forAI = false;
     std::optional<std::filesystem::path> output;
+};
+
+/// `morvelin recover`
+struct RecoverOptions {};
+
+/// `morvelin probe-encoder`, which the program runs by itself
+struct ProbeEncoderOptions {
+    std::string encoder;
 };
 
 /// `morvelin serve`
@@ -64,8 +82,8 @@ struct ParsedText {
     int exitStatus = 0;
 };
 
-using Command = std::variant<RecordOptions, ExportOptions, ServeOptions, CallOptions, ClientsOptions, CompletionOptions,
-                             ArtOptions, ParsedText>;
+using Command = std::variant<RecordOptions, DevicesOptions, RecoverOptions, ProbeEncoderOptions, ExportOptions,
+                             ServeOptions, CallOptions, ClientsOptions, CompletionOptions, ArtOptions, ParsedText>;
 
 /// Reads the program's arguments, the program's name first.
 [[nodiscard]] Command parseCommandLine(int argc, const char* const* argv);

@@ -12,6 +12,13 @@ inline constexpr int kWrongWords = 2;
 inline constexpr int kStoppedByUser = 130; ///< as a shell gives it for Ctrl-C
 
 int runRecord(Composition& composition, const RecordOptions& options);
+/// Prints what can be recorded.
+int runDevices(Composition& composition);
+int runProbeEncoder(const ProbeEncoderOptions& options);
+/// Makes projects of the takes that a crash has left, and says so.
+int runRecover(Composition& composition);
+/// The same as a program begins, with a line of the log for each.
+void recoverTakesAtStart(Composition& composition);
 int runExport(Composition& composition, const ExportOptions& options);
 int runServe(Composition& composition);
 int runCall(Composition& composition, const CallOptions& options);

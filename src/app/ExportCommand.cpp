@@ -6,7 +6,7 @@
 #include <fmt/core.h>
 
 #include "app/ProgressLine.h"
-#include "app/Version.h"
+#include "core/base/Text.h"
 #include "platform/DefaultsKeys.h"
 #include "render/ExportEngine.h"
 #include "storage/ProjectsFolder.h"
@@ -54,13 +54,28 @@ Result<std::filesystem::path, std::string> chosenProject(const Composition& comp
     return failure(fmt::format("There is no project at {}.", *wanted));
 }
 
-ExportRequest requestOf(const ExportOptions& options, const Defaults& settings) {
+/// Without a word of the format, the output's name tells it.
+ExportFormat formatOf(const ExportOptions& options) {
+    if (options.format) return *options.format;
+    const bool isNamedGIF = options.output && caseFolded(options.output->extension().string()) == ".gif";
+    return isNamedGIF ? ExportFormat::GIF : ExportFormat::MP4;
+}
+
+ExportRequest requestOf(const ExportOptions& options) {
     ExportRequest request;
-    request.quality = options.quality;
+    request.format = formatOf(options);
+    request.quality = options.quality.value_or(VideoQuality::High);
     request.purpose = options.forAI ? ExportPurpose::ForAI : ExportPurpose::Viewing;
     request.output = options.output;
-    request.sidecars = settings.get(defaults::kFounderModeEnabled) ? SidecarChoice::Written : SidecarChoice::None;
     return request;
+}
+
+/// A picker of the desktop program begins with what was chosen last, wherever that was.
+void rememberQuality(const ExportOptions& options, Composition& composition) {
+    if (!options.quality || options.forAI) return;
+    const auto set = composition.defaults->set(defaults::kLastExportQuality,
+                                               std::string(json::rawValue(*options.quality)));
+    if (!set) composition.log(set.error());
 }
 
 /// One run of the command; lives on the main thread until the loop ends.
@@ -68,14 +83,14 @@ class ExportRun {
 public:
     ExportRun(Composition& composition, const ExportOptions& options)
         : m_composition(composition),
-          m_request(requestOf(options, *composition.defaults)),
-          m_engine({*composition.movieReaders, *composition.movieWriters, m_activity, composition.ids,
-                    composition.clock, composition.log, composition.home, kVersion}) {}
+          m_request(requestOf(options)),
+          m_engine(composition.exportEngine()) {}
 
     int run(const ProjectBundle::Contents& project) {
         const auto stop = [this] { m_stop.request_stop(); };
         const auto interrupt = m_composition.loop.onSignal(SIGINT, stop);
         const auto terminate = m_composition.loop.onSignal(SIGTERM, stop);
+        const auto hangUp = m_composition.loop.onSignal(SIGHUP, stop);
         const auto tick = m_composition.loop.every(
             0.1_s, [this] { m_line.show(progressText(m_progress.get(), m_composition.loop.now() - m_start)); });
         m_composition.loop.spawn(exportProject(project));
@@ -101,13 +116,13 @@ private:
             return files.error().kind == ExportError::Kind::Stopped ? kStoppedByUser : kFailure;
         }
         fmt::print("{}\n", files->video.string());
-        for (const auto& sidecar : files->sidecars) fmt::print("{}\n", sidecar.string());
+        for (const auto& sidecar : {files->events, files->transcript})
+            if (sidecar) fmt::print("{}\n", sidecar->string());
         return kSuccess;
     }
 
     Composition& m_composition;
     ExportRequest m_request;
-    ExportActivity m_activity;
     ExportEngine m_engine;
     std::stop_source m_stop;
     ProgressMailbox m_progress;
@@ -131,6 +146,7 @@ int runExport(Composition& composition, const ExportOptions& options) {
     }
     if (project->didConvertLegacyBundle)
         composition.log(fmt::format("[Morvelin] Converted “{}” to the versioned bundle format", project->capture.name));
+    rememberQuality(options, composition);
     return ExportRun(composition, options).run(*project);
 }
 

@@ -8,6 +8,7 @@
 #include "agent/ConsentQuestions.h"
 #include "agent/ConsentTerminal.h"
 #include "agent/MCPServer.h"
+#include "app/RecordingHost.h"
 #include "app/Version.h"
 
 namespace morvelin {
@@ -20,7 +21,10 @@ class ServeRun {
 public:
     explicit ServeRun(Composition& composition)
         : m_composition(composition),
-          m_router(composition.routerServices()),
+          m_desktop(connectDesktop(composition.clock)),
+          m_input(connectInput(composition.loop)),
+          m_host({takeServices(), *m_input, composition.moviesFolder("Projects")}),
+          m_router(routerServices()),
           m_questions(*composition.defaults, composition.log),
           m_consent(
               *composition.defaults,
@@ -37,16 +41,41 @@ public:
         m_composition.defaults->onChange([this] { m_questions.approvalsChanged(); });
         if (::isatty(STDIN_FILENO) == 1) listenToTerminal();
 
-        const auto stop = [&loop] { loop.quit(); };
+        const auto stop = [this] { requestStop(); };
         const auto interrupt = loop.onSignal(SIGINT, stop);
         const auto terminate = loop.onSignal(SIGTERM, stop);
         const auto hangUp = loop.onSignal(SIGHUP, stop);
         loop.run();
-        m_server.stop();
+        m_composition.exports.cancelAll();
         return kSuccess;
     }
 
 private:
+    Take::Services takeServices() {
+        return {m_composition.loop,          *m_desktop.screen,
+                *m_desktop.pointer,          *m_desktop.audioInput,
+                *m_desktop.cameras,          *m_composition.movieWriters,
+                *m_composition.movieReaders, m_composition.ids,
+                m_composition.clock,         m_composition.log};
+    }
+    MorvelinCommandRouter::Services routerServices() {
+        auto services = m_composition.routerServices();
+        services.desktop.emplace(
+            MorvelinCommandRouter::DesktopControl{m_host, *m_input, *m_desktop.screen, *m_desktop.pointer});
+        return services;
+    }
+
+    /// A recording that runs becomes a project first. Also from a second Ctrl-C, which must not disturb that.
+    void requestStop() {
+        if (std::exchange(m_isStopping, true)) return;
+        m_server.stop();
+        m_composition.loop.spawn(finish());
+    }
+    Task<void> finish() {
+        co_await m_host.finish();
+        m_composition.loop.quit();
+    }
+
     void listenToTerminal() {
         const auto print = [](std::string_view text) {
             fmt::print("{}", text);
@@ -56,15 +85,23 @@ private:
     }
 
     Composition& m_composition;
+    Desktop m_desktop;
+    std::unique_ptr<InputPosting> m_input;
+    RecordingHost m_host;
     MorvelinCommandRouter m_router;
     ConsentQuestions m_questions;
     std::optional<ConsentTerminal> m_terminal;
     MCPConsent m_consent;
     MCPServer m_server;
+    bool m_isStopping = false;
 };
 
 } // namespace
 
-int runServe(Composition& composition) { return ServeRun(composition).run(); }
+int runServe(Composition& composition) {
+    recoverTakesAtStart(composition);
+    useBestTakeEncoder(composition);
+    return ServeRun(composition).run();
+}
 
 } // namespace morvelin

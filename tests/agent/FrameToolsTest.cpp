@@ -20,7 +20,7 @@ protected:
     std::filesystem::path addRecordedProject() {
         const auto bundle = addProject("Tour");
         std::filesystem::remove(bundle / "recording.mov");
-        FFmpegMovieWriterFactory writers({FFmpegMovieWriterOptions::Hardware::Never, 2});
+        FFmpegMovieWriterFactory writers({.threads = 2});
         auto writer = writers.create({.path = bundle / "recording.mov",
                                       .container = MovieSettings::Container::FragmentedQuickTime,
                                       .pace = MovieSettings::Pace::RealTime,

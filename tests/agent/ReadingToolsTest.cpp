@@ -188,7 +188,7 @@ TEST_F(ReadingToolsTest, EveryToolOfTheCatalogueAnswers) {
         EXPECT_FALSE(result.text.empty()) << tool.name;
     }
     EXPECT_EQ(refused("x"), "Unknown tool “x”.");
-    EXPECT_EQ(refused("export"), "“export” is not part of this version of Morvelin yet.");
+    EXPECT_EQ(refused("transcribe"), "“transcribe” is not part of this version of Morvelin yet.");
     EXPECT_EQ(refused("describe_project"), "There are no recordings yet. Call start_recording to make one.");
     EXPECT_EQ(refused("describe_project", {{"project", "/no"}}), "No .morvelin project at “/no”.");
     EXPECT_EQ(refused("start_recording"), "Morvelin is not ready to record yet. Try again in a moment.");

@@ -115,7 +115,8 @@ describe("an agent's client", () => {
         assert.match(await refusal("describe_project", { from: 3, until: 3 }), /from has to be before until/);
         assert.match(await refusal("delete_project", { project: " " }), /never falls back/);
         assert.match(await refusal("open_project"), /^Could not open the editor: /);
-        assert.match(await refusal("start_recording"), /not ready to record/);
+        assert.match(await refusal("start_recording"), /^Could not start recording: There is no X display/);
+        assert.match(await refusal("click", { x: 0.5, y: 0.5 }), /^There is no X display/);
         assert.equal((await facts("recording_status")).recording, false);
         await assert.rejects(client.request({ method: "prompts/get" }, { parse: (x) => x }), /-32601/);
         await assert.rejects(client.setLoggingLevel("debug"), /./);

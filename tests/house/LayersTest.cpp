@@ -73,6 +73,7 @@ const std::map<std::string, Folders>& wrappedLibraries() {
         {"hb", {"render"}},
         {"xcb/", {"platform/x11"}},
         {"X11/", {"platform/x11"}},
+        {"pulse/", {"platform/linux"}},
         {"simdjson", {"storage"}},
         {"glib", {"core/base", "platform/linux"}},
         {"gio/", {"core/base", "platform/linux"}},

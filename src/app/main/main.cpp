@@ -15,6 +15,9 @@ struct RunCommand {
         return parsed.exitStatus;
     }
     int operator()(const RecordOptions& options) const { return runRecord(*compose(), options); }
+    int operator()(const DevicesOptions&) const { return runDevices(*compose()); }
+    int operator()(const ProbeEncoderOptions& options) const { return runProbeEncoder(options); }
+    int operator()(const RecoverOptions&) const { return runRecover(*compose()); }
     int operator()(const ExportOptions& options) const { return runExport(*compose(), options); }
     int operator()(const ServeOptions&) const { return runServe(*compose(standardOutputLog())); }
     int operator()(const CallOptions& options) const { return runCall(*compose(), options); }
