@@ -51,7 +51,8 @@ public:
     void run() {
         ExportRequest request;
         request.output = m_place.file("ours.mp4");
-        ExportEngine engine({m_readers, m_soundReaders, m_writers, m_activity, m_ids, m_clock, {}, m_place.bundle(), ""});
+        ExportEngine engine(
+            {m_readers, m_soundReaders, m_writers, m_activity, m_ids, m_clock, {}, m_place.bundle(), ""});
         bench::must(engine.exportProject(open(), request));
     }
 

@@ -126,7 +126,8 @@ TEST_F(ExportEngineTest, TheSidecarsLieBesideTheVideoWhenTheyAreWanted) {
     EXPECT_FALSE(fs::exists(m_out / "Bare.events.json"));
     m_sidecars = SidecarChoice::Written;
 
-    for (const char* kind : {"events", "transcript"}) fs::create_directory(m_out / fmt::format("Blocked.{}.json", kind));
+    for (const char* kind : {"events", "transcript"})
+        fs::create_directory(m_out / fmt::format("Blocked.{}.json", kind));
     const auto blocked = run(project, to("Blocked.mp4"));
     ASSERT_TRUE(blocked) << "no failure of the export";
     EXPECT_EQ(blocked->events, std::nullopt);
@@ -221,7 +222,8 @@ TEST_F(ExportEngineTest, AnExportGoesOnWhileItsNeighbourIsCancelled) {
         if (progress.frame == 5)
             neighbour = std::jthread([&] {
                 SeededIdSource ids(99);
-                ExportEngine engine{{m_readers, m_soundReaders, m_writers, m_activity, ids, m_clock, {}, m_folder.path(), ""}};
+                ExportEngine engine{
+                    {m_readers, m_soundReaders, m_writers, m_activity, ids, m_clock, {}, m_folder.path(), ""}};
                 const auto cancelled = engine.exportProject(
                     project, to("Neighbour.mp4"), [&](const ExportProgress&) { stopper.request_stop(); },
                     stopper.get_token());

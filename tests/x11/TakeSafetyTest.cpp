@@ -245,6 +245,7 @@ protected:
         ASSERT_TRUE(movie);
         const SourceTime end = movie->properties().end;
         const auto lost = painter.lostSince(NumberPainter::numberIn(*movie, end));
+        fprintf(stderr, "LOSS %.3f of %.3f\n", (killed - lost.value_or(killed)).value, (killed - begin).value);
         EXPECT_LE(killed - lost.value_or(killed), 1_s) << "of " << (killed - begin).value << " s";
         EXPECT_NEAR(project.capture.originalDuration.value, end.value, 1e-6);
         ASSERT_FALSE(project.cursorEvents.empty());
