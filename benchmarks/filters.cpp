@@ -112,7 +112,7 @@ private:
     RandomIdSource m_ids;
     SystemClock m_clock;
     ExportActivity m_activity;
-    FFmpegMovieReaderFactory m_readers;
+    FFmpegMovieReaderFactory m_readers{{.threads = 1}};
     FFmpegSoundReaderFactory m_soundReaders{{}};
     FFmpegMovieWriterFactory m_writers;
 };

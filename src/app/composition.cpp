@@ -60,7 +60,8 @@ std::unique_ptr<Composition> compose(Log log) {
     auto composition = std::make_unique<Composition>();
     composition->log = std::move(log);
     composition->home = homeFolder();
-    composition->movieReaders = std::make_unique<FFmpegMovieReaderFactory>();
+    // An export has a decoder for each part that it renders at a time.
+    composition->movieReaders = std::make_unique<FFmpegMovieReaderFactory>(FFmpegMovieReaderOptions{.threads = 1});
     composition->soundReaders = std::make_unique<FFmpegSoundReaderFactory>(composition->log);
     composition->movieWriters = std::make_unique<FFmpegMovieWriterFactory>();
     composition->exportWriters = std::make_unique<FFmpegMovieWriterFactory>();
