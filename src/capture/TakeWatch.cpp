@@ -39,7 +39,9 @@ void TakeWatch::look() {
 }
 
 void TakeWatch::lookAtTurns(const Reading& reading) {
-    const bool isStalled = reading.lastTurn && m_loop.now() - *reading.lastTurn > kStall;
+    const bool isLate = reading.lastTurn && m_loop.now() - *reading.lastTurn > kStall;
+    m_stallLooks = isLate ? m_stallLooks + 1 : 0;
+    const bool isStalled = m_stallLooks >= kStallLooks;
     if (isStalled == m_isStalled) return;
     m_isStalled = isStalled;
     m_tell(isStalled ? "The recording stands still: the screen or the encoder does not answer. What happens now is not "

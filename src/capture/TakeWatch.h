@@ -34,8 +34,10 @@ private:
 
 class TakeWatch {
 public:
-    /// A capture thread that has not come round for so long stands still: it turns at least twice a second.
-    static constexpr Seconds kStall{1.5};
+    /// A capture thread that has not come round for so long stands still: it turns at least twice a second. It is seen so
+    /// in two looks, since a machine that wakes from a sleep may let this thread look before the other has turned.
+    static constexpr Seconds kStall{1.25};
+    static constexpr int kStallLooks = 2;
     /// A disk is told of so long before it is full, and again only when it had at least twice that time in between.
     static constexpr Seconds kDiskWarning{60};
 
@@ -60,6 +62,7 @@ private:
     Measure m_measure;
     Tell m_tell;
     DiskForecast m_forecast;
+    int m_stallLooks = 0; ///< one after another
     bool m_isStalled = false;
     bool m_hasWarnedOfDisk = false;
     EventLoop::Timer m_timer;

@@ -27,7 +27,8 @@ namespace {
 constexpr int kBufferSize = 256 * 1024;
 /// Fragments grow as the movie does, so that an early end costs about half of it at most.
 constexpr Seconds kFirstFragment{0.1};
-constexpr Seconds kLongestFragment{1};
+/// What a kill loses is this, and what is on its way through the encoder: together less than a second.
+constexpr Seconds kLongestFragment{0.8};
 constexpr std::int64_t kFirstFragmentBytes = 64 * 1024;
 /// Sound lies in the file in stretches of this length, each behind its picture: a piece of the index for each.
 constexpr Seconds kSoundStretch{0.5};

@@ -40,9 +40,9 @@ struct SoundTrackFormat {
 
 /// Writes one movie of one H.264 track, and of any number of tracks of sound.
 ///
-/// In fragments, what `write` was given reaches the file when a key frame or 1 s has come after it, or on
+/// In fragments, what `write` was given reaches the file when a key frame or 0.8 s have come after it, or on
 /// `flushFragment`; at a movie's beginning sooner, when as much has come as lies in the file. Sound goes with it, or by
-/// itself once 1 s has come without a picture. When a write fails, the file is cut back to its last whole fragment and
+/// itself once 0.8 s have come without a picture. When a write fails, the file is cut back to its last whole fragment and
 /// stays playable; all later operations give the same error.
 ///
 /// With the index in front, sound follows half a second behind its picture, however early it is given.

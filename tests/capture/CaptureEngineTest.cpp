@@ -1,6 +1,7 @@
 // A take's movie from a screen in memory: sizes, times, pauses, what is written and when, and every error.
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cmath>
 #include <condition_variable>
@@ -55,6 +56,7 @@ public:
     }
 
     ScreenStreamOptions opened;
+    std::atomic<Seconds> interval{Seconds(1.0 / 60)}; ///< that the stream was last told
 
 private:
     struct Change {
@@ -85,7 +87,7 @@ private:
             take({change.time, {m_screen.m_pixels.data(), size().width * 4, size()}, std::span(&change.box, 1)});
             return true;
         }
-        void pace(Seconds) override {}
+        void pace(Seconds minimumFrameInterval) override { m_screen.interval = minimumFrameInterval; }
         void cut() override { m_screen.goAway(); }
         void interrupt() override {
             const std::lock_guard lock(m_screen.m_mutex);
@@ -301,6 +303,19 @@ TEST_F(CaptureEngineTest, RefusesWhatDoesNotFitItsState) {
     EXPECT_TRUE(*first);
     ASSERT_TRUE(start()) << "an engine can record again";
     ASSERT_TRUE(stop(1_s));
+}
+
+TEST_F(CaptureEngineTest, RecordsFewerFramesEvenlyWhereTheMachineCannotKeepUp) {
+    ASSERT_TRUE(start());
+    // Each frame is done 30 ms after it was seen.
+    for (int frame = 0; frame < 500 && screen.interval.load() < 0.02_s; ++frame) {
+        screen.change(clock.uptime() - 0.03_s, {16, 16, 8, 8}, 20);
+        runFor(loop, 0.015_s);
+    }
+    EXPECT_NEAR(screen.interval.load().value, 1.0 / 30, 1e-9);
+    const auto recording = stop(clock.uptime() - begin);
+    ASSERT_TRUE(recording);
+    EXPECT_EQ(recording->lowestFrameRate, 30);
 }
 
 TEST_F(CaptureEngineTest, TellsOfATakeThatEndsByItself) {

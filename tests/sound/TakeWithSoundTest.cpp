@@ -24,6 +24,13 @@ namespace {
 
 constexpr PixelBox kScreen{0, 0, 320, 240};
 
+/// How far a flash may lie from its tone, in seconds.
+#ifdef __SANITIZE_THREAD__
+constexpr double kInStep = 0.06; // the picture is fetched some frames late
+#else
+constexpr double kInStep = 0.025;
+#endif
+
 class TakeWithSoundTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -59,19 +66,32 @@ protected:
         return finished->bundleURL / "recording.mov";
     }
 
+    /// When a clap was heard, and by how much its flash came later, as it may on a busy machine.
+    struct Clap {
+        HostTime moment;
+        Seconds lateness;
+    };
     /// A flash with a tone from the output and another one at the desk.
-    void clap() {
+    Clap clap() {
         const HostTime moment = clock.uptime() + TonePlayer::kNotice;
-        clapMoments.push_back(moment);
         player->playAt(moment);
         speaker.sayAt(moment);
         runUntil(loop, [&] { return clock.uptime() >= moment; });
         paint(0xffffff);
+        const Seconds late = clock.uptime() - moment;
         runFor(loop, 0.15_s);
         paint(0);
+        return {moment, late};
     }
     void claps(int count) {
-        for (int clapped = 0; clapped < count; ++clapped) clap();
+        for (int clapped = 0; clapped < count; ++clapped) kept.push_back(clap());
+    }
+    /// Every flash has its tone, and no tone has no flash.
+    void expectInStep(const std::vector<double>& flashes, const std::vector<double>& tones, const char* track) {
+        ASSERT_EQ(flashes.size(), kept.size()) << track;
+        ASSERT_EQ(tones.size(), flashes.size()) << track;
+        for (std::size_t clap = 0; clap < flashes.size(); ++clap)
+            EXPECT_NEAR(tones[clap], flashes[clap] - kept[clap].lateness.value, kInStep) << track << ", clap " << clap;
     }
     void paint(std::uint32_t colour) {
         desktop->fill(window, kScreen, colour);
@@ -100,17 +120,10 @@ protected:
     FFmpegMovieWriterFactory writers;
     FFmpegMovieReaderFactory readers;
     std::optional<Take> take;
-    std::vector<HostTime> clapMoments;
+    std::vector<Clap> kept; ///< those that are in no pause
     std::vector<std::string> told;
     Seconds duration;
 };
-
-/// Every flash has its tone, and no tone has no flash.
-void expectInStep(const std::vector<double>& flashes, const std::vector<double>& tones, const char* track) {
-    ASSERT_EQ(tones.size(), flashes.size()) << track;
-    for (std::size_t clap = 0; clap < flashes.size(); ++clap)
-        EXPECT_NEAR(tones[clap], flashes[clap], 0.025) << track << ", clap " << clap;
-}
 
 } // namespace
 
@@ -120,7 +133,7 @@ TEST_F(TakeWithSoundTest, IsSeenAndHeardAtOnceThroughPausesAndChangesOfDevices) 
     take->pause();
     const HostTime pausedAt = clock.uptime();
     runFor(loop, 0.4_s);
-    clap();
+    (void)clap();
     runFor(loop, 0.3_s);
     take->resume();
     const Seconds pause = clock.uptime() - pausedAt;
@@ -128,7 +141,7 @@ TEST_F(TakeWithSoundTest, IsSeenAndHeardAtOnceThroughPausesAndChangesOfDevices) 
     take->pause();
     runFor(loop, 0.123_s);
     take->resume();
-    clap();
+    claps(1);
     server.control("set-default-sink headphones");
     player.emplace(server.name(), "headphones", 1000);
     runFor(loop, 0.5_s);
@@ -152,10 +165,11 @@ TEST_F(TakeWithSoundTest, IsSeenAndHeardAtOnceThroughPausesAndChangesOfDevices) 
                 0.05);
     const auto seconds = flashesOf(*project.cameraURL);
     ASSERT_GE(seconds.size(), 4U);
-    const HostTime start = clapMoments[0] - Seconds(flashes[0]);
+    const HostTime start = kept[0].moment + kept[0].lateness - Seconds(flashes[0]);
     for (const double second : seconds) {
         HostTime seen = start + project.currentVersion().edit.camera->startOffset + Seconds(second);
-        if (std::abs((seen - pausedAt).value) < 0.05) continue; // the pause may end within a flash
+        // The movie may begin within a flash, and the pause may end within one.
+        if (second == 0 || std::abs((seen - pausedAt).value) < 0.05) continue;
         if (seen > pausedAt) seen += pause;
         if (seen > pausedAt + pause + 1_s) continue; // the second pause is not reckoned
         EXPECT_NEAR(seen.value, std::round(seen.value), 0.05) << "at " << second;

@@ -226,7 +226,7 @@ protected:
             if (begin == HostTime() && hasMovie()) begin = loop.now();
             painter.paintNext(loop.now());
             // Now and then nothing happens for a while.
-            runFor(loop, random() % 40 == 0 ? 0.9_s : 0.02_s);
+            runFor(loop, random() % 100 == 0 ? 0.9_s : 0.02_s);
         }
         const HostTime killed = loop.now();
         recorder->end(SIGKILL);
@@ -245,7 +245,6 @@ protected:
         ASSERT_TRUE(movie);
         const SourceTime end = movie->properties().end;
         const auto lost = painter.lostSince(NumberPainter::numberIn(*movie, end));
-        fprintf(stderr, "LOSS %.3f of %.3f\n", (killed - lost.value_or(killed)).value, (killed - begin).value);
         EXPECT_LE(killed - lost.value_or(killed), 1_s) << "of " << (killed - begin).value << " s";
         EXPECT_NEAR(project.capture.originalDuration.value, end.value, 1e-6);
         ASSERT_FALSE(project.cursorEvents.empty());
