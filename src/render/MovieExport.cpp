@@ -20,7 +20,7 @@ namespace {
 
 /// A part's length in groups of pictures. A short part costs an encoder and a look back for the recording's key frame; a
 /// long one lets the other processors wait at the film's end.
-constexpr std::int64_t kGroupsInPart = 2;
+constexpr std::int64_t kGroupsInPart = 1;
 constexpr std::size_t kSoundBlock = 4096; ///< samples
 
 MovieSettings movieSettings(const MovieExport& movie) {
