@@ -34,6 +34,8 @@ struct CameraBytes {
 
 class CameraPictures {
 public:
+    CameraPictures() { keepFFmpegQuiet(); }
+
     /// Nothing for a frame that is cut short or damaged, as cameras give now and then. The picture may look into the
     /// bytes themselves.
     [[nodiscard]] std::shared_ptr<const Picture> picture(const CameraBytes& frame);

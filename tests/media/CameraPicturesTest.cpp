@@ -33,7 +33,7 @@ std::vector<std::uint8_t> joined(std::initializer_list<std::vector<std::uint8_t>
 /// The same orange as a JPEG, by FFmpeg's program.
 std::vector<std::uint8_t> jpeg() {
     std::vector<std::uint8_t> bytes(1 << 16);
-    FILE* pipe = popen("ffmpeg -v error -f lavfi -i color=c=0xdba519:s=16x8:d=0.04:r=25 -frames:v 1 -q:v 1 "
+    FILE* pipe = popen("ffmpeg -v error -f lavfi -i color=c=0xdf9513:s=16x8:d=0.04:r=25 -frames:v 1 -q:v 1 "
                        "-pix_fmt yuvj422p -f mjpeg - </dev/null",
                        "r");
     bytes.resize(pipe != nullptr ? fread(bytes.data(), 1, bytes.size(), pipe) : 0);
@@ -68,9 +68,9 @@ TEST(CameraPictures, ReadsEveryLayout) {
         {"I420", CameraPixels::I420, joined({luma, repeated({kCb}, pixels / 4), repeated({kCr}, pixels / 4)})},
         {"NV12 with padded rows", CameraPixels::NV12,
          joined({repeated({kY}, pixels * 2), repeated({kCb, kCr}, pixels / 2)}), kSize.width * 2},
-        {"RGB", CameraPixels::RGB, repeated({219, 165, 25}, pixels)},
-        {"BGR", CameraPixels::BGR, repeated({25, 165, 219}, pixels)},
-        {"BGRX", CameraPixels::BGRX, repeated({25, 165, 219, 0}, pixels)},
+        {"RGB", CameraPixels::RGB, repeated({223, 149, 19}, pixels)},
+        {"BGR", CameraPixels::BGR, repeated({19, 149, 223}, pixels)},
+        {"BGRX", CameraPixels::BGRX, repeated({19, 149, 223, 0}, pixels)},
         {"JPEG", CameraPixels::MotionJPEG, jpeg()}};
     CameraPictures pictures;
     for (const Case& c : cases) {
@@ -79,9 +79,9 @@ TEST(CameraPictures, ReadsEveryLayout) {
         EXPECT_EQ(picture->size(), kSize) << c.name;
         // The orange in BT.709.
         const auto [y, cb, cr] = middle(*picture);
-        EXPECT_NEAR(y, 159, 3) << c.name;
-        EXPECT_NEAR(cb, 60, 4) << c.name;
-        EXPECT_NEAR(cr, 158, 4) << c.name;
+        EXPECT_NEAR(y, 149, 3) << c.name;
+        EXPECT_NEAR(cb, 64, 4) << c.name;
+        EXPECT_NEAR(cr, 166, 4) << c.name;
     }
 }
 
