@@ -32,7 +32,7 @@ private:
     std::unique_ptr<FFmpegMuxer> m_muxer;
     std::int64_t m_end = 0; ///< of what is placed, in frames
 
-    std::mutex m_lock;              ///< guards the costs, which parts are begun by on other threads
+    std::mutex m_lock;              ///< guards `m_placed`: parts are begun on other threads than they are placed on
     std::vector<PartCost> m_placed; ///< what the parts in the file came to
 };
 

@@ -43,7 +43,7 @@ struct MovieSettings {
     };
     enum class Pace {
         RealTime, ///< low latency, cheap: a take; frames come at any times
-        Offline   ///< an export: B-frames and look-ahead allowed
+        Offline   ///< an export: time for better coding; each frame follows on the one before
     };
     enum class Transfer { BT709, SRGB };
 

@@ -18,8 +18,8 @@ namespace morvelin {
 
 namespace {
 
-/// A part's length in groups of pictures. A short part costs an encoder and a look back for the recording's key frame; a
-/// long one lets the other processors wait at the film's end.
+/// A part's length in groups of pictures: the shortest there is. It costs an encoder and a look back for the recording's
+/// key frame; with longer ones the other processors wait longer for the film's last part.
 constexpr std::int64_t kGroupsInPart = 1;
 constexpr std::size_t kSoundBlock = 4096; ///< samples
 
@@ -48,7 +48,7 @@ public:
     /// Waits until a part may be begun. Nothing when all are, or on `stop`.
     std::optional<std::int64_t> next(const std::stop_token& stop) {
         std::unique_lock guard(m_lock);
-        const auto mayBegin = [&] { return m_next < m_taken + PartedMovieWriter::kPartsAhead; };
+        const auto mayBegin = [&] { return m_next < m_placed + PartedMovieWriter::kPartsAhead; };
         if (m_next >= partCount() || !m_change.wait(guard, stop, mayBegin) || m_next >= partCount())
             return std::nullopt;
         return m_next++;
@@ -67,10 +67,10 @@ public:
         return std::move(m_rendered.extract(index).mapped());
     }
 
-    /// Says that the part before `count` lies in the file.
+    /// Says how many parts lie in the file.
     void placed(std::int64_t count) {
         const std::scoped_lock guard(m_lock);
-        m_taken = count;
+        m_placed = count;
         m_change.notify_all();
     }
 
@@ -81,7 +81,7 @@ private:
     std::mutex m_lock; ///< guards what follows
     std::condition_variable_any m_change;
     std::int64_t m_next = 0;
-    std::int64_t m_taken = 0;
+    std::int64_t m_placed = 0;
     std::map<std::int64_t, Rendered> m_rendered;
 };
 
