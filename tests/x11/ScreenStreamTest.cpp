@@ -8,9 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/x11/FetchPlan.h"
-#include "platform/x11/X11ScreenSource.h"
-#include "x11/Desktop.h"
-#include "x11/VirtualDisplay.h"
+#include "x11/ScreenFixture.h"
 
 namespace morvelin {
 
@@ -57,16 +55,8 @@ private:
     std::vector<std::uint8_t> m_pixels;
 };
 
-class ScreenStreamTest : public testing::Test {
+class ScreenStreamTest : public ScreenFixture {
 protected:
-    void SetUp() override {
-        ASSERT_FALSE(display.name().empty()) << "Xvfb is missing";
-        desktop.emplace(display.name());
-        auto connected = X11ScreenSource::connect(display.name());
-        ASSERT_TRUE(connected) << connected.error().description();
-        source = std::move(*connected);
-    }
-
     void open(const PixelBox& area, const std::string& displayID = "") {
         auto opened = source->open({area, displayID});
         ASSERT_TRUE(opened) << opened.error().description();
@@ -85,9 +75,6 @@ protected:
         while (follow(0.1_s)) {}
     }
 
-    VirtualDisplay display;
-    std::optional<Desktop> desktop;
-    std::unique_ptr<X11ScreenSource> source;
     std::unique_ptr<ScreenStream> stream;
     std::optional<Follower> follower;
 };

@@ -6,10 +6,8 @@
 
 #include "base/TemporaryFolder.h"
 #include "platform/WindowFit.h"
-#include "platform/x11/X11ScreenSource.h"
-#include "x11/Desktop.h"
 #include "x11/RunningProgram.h"
-#include "x11/VirtualDisplay.h"
+#include "x11/ScreenFixture.h"
 
 namespace morvelin {
 
@@ -23,16 +21,8 @@ constexpr std::uint32_t kBlue = 0x0000ff;
 constexpr std::uint32_t kBlack = 0x000000;
 constexpr PixelBox kPlace{50, 40, 200, 150};
 
-class WindowStreamTest : public testing::Test {
+class WindowStreamTest : public ScreenFixture {
 protected:
-    void SetUp() override {
-        ASSERT_FALSE(display.name().empty()) << "Xvfb is missing";
-        desktop.emplace(display.name());
-        auto connected = X11ScreenSource::connect(display.name());
-        ASSERT_TRUE(connected) << connected.error().description();
-        source = std::move(*connected);
-    }
-
     void startWindowManager() {
         manager.emplace(std::vector<std::string>{"openbox", "--sm-disable"},
                         RunningProgram::Environment{{"DISPLAY", display.name()}, {"HOME", folder.path().string()}},
@@ -76,10 +66,7 @@ protected:
     }
 
     TemporaryFolder folder;
-    VirtualDisplay display;
     std::optional<RunningProgram> manager;
-    std::optional<Desktop> desktop;
-    std::unique_ptr<X11ScreenSource> source;
     std::unique_ptr<ScreenStream> stream;
     std::vector<std::uint8_t> pixels;
     std::ptrdiff_t stride = 0;
